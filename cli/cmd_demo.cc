@@ -1,0 +1,93 @@
+// The demo-db command: creates the HR schema and fills it with the demo
+// data set (schema/demo_database.h).
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <iostream>
+
+#include "cli/cli_context.h"
+#include "runtime/basic_date.h"
+#include "runtime/error.h"
+#include "schema/demo_database.h"
+
+namespace orvalis::cli {
+namespace {
+
+struct DemoArgs {
+  int employees = 5000;
+  int companies = 2;
+  uint64_t seed = 1;
+  std::string asOf;
+  bool replace = false;
+  bool quiet = false;
+};
+
+// A one-line bar on stderr, redrawn in place: only when stderr is a
+// terminal, so that logs and pipes get the summary alone.
+class ProgressBar {
+ public:
+  explicit ProgressBar(bool enabled) : enabled_(enabled) {}
+  ~ProgressBar() { finish(); }
+
+  void update(double share, const std::string& table) {
+    if (!enabled_) return;
+    int percent = static_cast<int>(share * 100.0);
+    if (percent == lastPercent_ && table == lastTable_) return;
+    lastPercent_ = percent;
+    lastTable_ = table;
+    constexpr int kWidth = 30;
+    int filled = percent * kWidth / 100;
+    std::fprintf(stderr, "\r[%s%s] %3d%% %-12s", std::string(static_cast<size_t>(filled), '#').c_str(),
+                 std::string(static_cast<size_t>(kWidth - filled), ' ').c_str(), percent, table.c_str());
+    std::fflush(stderr);
+    drawn_ = true;
+  }
+
+  void finish() {
+    if (drawn_) std::fprintf(stderr, "\r%60s\r", "");
+    drawn_ = false;
+  }
+
+ private:
+  bool enabled_;
+  bool drawn_ = false;
+  int lastPercent_ = -1;
+  std::string lastTable_;
+};
+
+void setup(CLI::App& app, CliContext& context) {
+  auto args = std::make_shared<DemoArgs>();
+  auto* demo = app.add_subcommand("demo-db", "create the demo HR database (schema and data)");
+  demo->add_option("--employees", args->employees, "employees in all companies (default 5000)")
+      ->check(CLI::Range(1, 10000000));
+  demo->add_option("--companies", args->companies, "companies, ORV01, ORV02, ... (default 2)")->check(CLI::Range(1, 99));
+  demo->add_option("--seed", args->seed, "seed of the generator (default 1)");
+  demo->add_option("--as-of", args->asOf, "the date the data is as of, DD/MM/YYYY or YYYY-MM-DD (default today)");
+  demo->add_flag("--replace", args->replace, "drop an existing HR schema first");
+  demo->add_flag("--quiet", args->quiet, "no progress bar");
+  demo->callback([&context, args] {
+    DemoOptions options;
+    options.employees = args->employees;
+    options.companies = args->companies;
+    options.seed = args->seed;
+    options.replace = args->replace;
+    if (!args->asOf.empty()) {
+      std::optional<DateTime> day = parseDate(args->asOf);
+      if (!day) throw Error(err::kTypeMismatch, "orvalis", "--as-of: not a date: " + args->asOf);
+      options.asOf = day->datePart();
+    }
+    ProgressBar bar(!args->quiet && isatty(STDERR_FILENO));
+    options.progress = [&bar](double share, const std::string& table) { bar.update(share, table); };
+
+    Connection& connection = context.environment(CliContext::Access::Create).hrConnection();
+    DemoReport report = buildDemoDatabase(connection, options);
+    bar.finish();
+    std::cout << "demo-db: " << demoSummary(report) << "\n";
+  });
+}
+
+const RegisterCommands registered(setup);
+
+}  // namespace
+}  // namespace orvalis::cli

@@ -1,0 +1,64 @@
+// Commands over the foundation: the schema, control parameters, settings
+// and dialect texts.
+
+#include <iostream>
+
+#include "cli/cli_context.h"
+#include "data/control.h"
+#include "data/sql_dialect.h"
+#include "runtime/error.h"
+#include "schema/schema.h"
+
+namespace orvalis::cli {
+namespace {
+
+void setup(CLI::App& app, CliContext& context) {
+  auto* initDb = app.add_subcommand("init-db", "create the empty HR schema on the target database");
+  initDb->callback([&context] {
+    Connection& c = context.environment(CliContext::Access::Create).hrConnection();
+    if (schemaExists(c)) {
+      throw Error(err::kDatabase, "orvalis", "the database already holds the HR schema");
+    }
+    createSchema(c);
+    std::cout << "created the HR schema on " << c.provider() << "\n";
+  });
+
+  struct ControlArgs {
+    std::string parameter, module = "ADM", language, format, defaultValue;
+  };
+  auto args = std::make_shared<ControlArgs>();
+  auto* control = app.add_subcommand("control", "print a control parameter (gfncGetControlValue)");
+  control->add_option("PARAM", args->parameter, "parameter id")->required();
+  control->add_option("--module", args->module, "module code (default ADM)");
+  control->add_option("--language", args->language, "language (default: the session's)");
+  control->add_option("--format", args->format, "format pattern, e.g. #,##0.00000");
+  control->add_option("--default", args->defaultValue, "value when nothing is found");
+  control->callback([&context, args] {
+    context.environment();
+    std::cout << gfncGetControlValue(args->language, args->module, args->parameter, args->format,
+                                     args->defaultValue)
+              << "\n";
+  });
+
+  auto name = std::make_shared<std::string>();
+  auto* setting = app.add_subcommand("setting", "print a setting: control table, then HR.ini (gfncGetSetting)");
+  setting->add_option("NAME", *name, "setting name")->required();
+  setting->callback([&context, name] {
+    context.environment();
+    std::cout << gfncGetSetting(*name, true) << "\n";
+  });
+
+  auto cond = std::make_shared<std::pair<std::string, std::string>>();
+  auto* empty = app.add_subcommand("empty-condition", "print the empty-or-NULL test of a column for the dialect");
+  empty->add_option("COLUMN", cond->first, "column expression")->required();
+  empty->add_option("OPERATOR", cond->second, "= (empty) or <> (not empty)")->required();
+  empty->callback([&context, cond] {
+    context.environment(CliContext::Access::Lazy);
+    std::cout << gfncEmptyCondition(cond->first, cond->second) << "\n";
+  });
+}
+
+const RegisterCommands registered(setup);
+
+}  // namespace
+}  // namespace orvalis::cli

@@ -1,0 +1,170 @@
+#include "cli/recordset_output.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <iostream>
+#include <sstream>
+#include <vector>
+
+#include "runtime/basic_string.h"
+#include "runtime/error.h"
+#include "runtime/text_file.h"
+
+namespace orvalis::cli {
+
+namespace {
+
+std::string isoDate(DateTime d) {
+  std::string s = d.iso();
+  if (s.size() > 10) s[10] = 'T';
+  return s;
+}
+
+// Calls visit(row accessor) for each row the cursor would visit.
+template <typename Visit>
+void forEachRow(const Recordset& rs, Visit visit) {
+  if (rs.filter().empty() && rs.sort().empty()) {
+    for (long row = 0; row < rs.rowCount(); ++row) {
+      visit([&](int i) { return rs.at(row, i); });
+    }
+    return;
+  }
+  Recordset view = rs;  // a snapshot, so that the caller's cursor stays put
+  if (view.recordCount() == 0) return;
+  for (view.moveFirst(); !view.eof(); view.moveNext()) {
+    visit([&](int i) { return view.get(i); });
+  }
+}
+
+std::string csvField(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  return "\"" + replace(text, "\"", "\"\"") + "\"";
+}
+
+void writeCsv(std::ostream& out, const Recordset& rs) {
+  const int n = rs.fieldCount();
+  for (int i = 0; i < n; ++i) out << (i ? "," : "") << csvField(rs.field(i).name);
+  out << "\n";
+  forEachRow(rs, [&](auto get) {
+    for (int i = 0; i < n; ++i) out << (i ? "," : "") << csvField(valueText(get(i)));
+    out << "\n";
+  });
+}
+
+void writeTable(std::ostream& out, const Recordset& rs) {
+  const int n = rs.fieldCount();
+  std::vector<std::vector<std::string>> cells;
+  std::vector<size_t> width(static_cast<size_t>(n));
+  for (int i = 0; i < n; ++i) width[static_cast<size_t>(i)] = rs.field(i).name.size();
+  forEachRow(rs, [&](auto get) {
+    std::vector<std::string> line;
+    for (int i = 0; i < n; ++i) {
+      // Line breaks inside a value would break the layout.
+      line.push_back(replace(replace(valueText(get(i)), "\r\n", " "), "\n", " "));
+      width[static_cast<size_t>(i)] = std::max(width[static_cast<size_t>(i)], line.back().size());
+    }
+    cells.push_back(std::move(line));
+  });
+  auto writeLine = [&](auto text) {
+    std::string line;
+    for (int i = 0; i < n; ++i) {
+      std::string t = text(i);
+      if (i + 1 < n) t.resize(width[static_cast<size_t>(i)], ' ');
+      line += (i ? "  " : "") + t;
+    }
+    out << rtrim(line) << "\n";
+  };
+  writeLine([&](int i) { return rs.field(i).name; });
+  writeLine([&](int i) { return std::string(width[static_cast<size_t>(i)], '-'); });
+  for (const auto& line : cells) writeLine([&](int i) { return line[static_cast<size_t>(i)]; });
+  out << "(" << cells.size() << (cells.size() == 1 ? " row" : " rows") << ")\n";
+}
+
+}  // namespace
+
+std::optional<OutputFormat> parseOutputFormat(std::string_view name) {
+  const std::string n = lcase(trim(name));
+  if (n == "table") return OutputFormat::Table;
+  if (n == "csv") return OutputFormat::Csv;
+  if (n == "json") return OutputFormat::Json;
+  if (n == "xml") return OutputFormat::Xml;
+  return std::nullopt;
+}
+
+OutputFormat defaultOutputFormat() { return isatty(STDOUT_FILENO) ? OutputFormat::Table : OutputFormat::Csv; }
+
+nlohmann::json valueJson(const Value& v) {
+  switch (v.kind()) {
+    case Value::Kind::Empty:
+    case Value::Kind::Null:
+      return nullptr;
+    case Value::Kind::Boolean:
+      return v.asBool();
+    case Value::Kind::Integer:
+      return v.asInteger();
+    case Value::Kind::Double:
+      return v.asDouble();
+    case Value::Kind::Text:
+      return v.asText();
+    case Value::Kind::Date:
+      return isoDate(v.asDate());
+  }
+  return nullptr;
+}
+
+std::string valueText(const Value& v) {
+  if (v.isDate()) return isoDate(v.asDate());
+  return v.text();
+}
+
+nlohmann::json recordsetJson(const Recordset& rs, bool result) {
+  nlohmann::json fields = nlohmann::json::array();
+  for (const FieldDef& f : rs.fields()) {
+    fields.push_back({{"name", f.name}, {"type", f.type}, {"size", f.definedSize}});
+  }
+  nlohmann::json rows = nlohmann::json::array();
+  const int n = rs.fieldCount();
+  forEachRow(rs, [&](auto get) {
+    nlohmann::json row = nlohmann::json::array();
+    for (int i = 0; i < n; ++i) row.push_back(valueJson(get(i)));
+    rows.push_back(std::move(row));
+  });
+  nlohmann::json doc = nlohmann::json::object();
+  doc["result"] = result;
+  doc["fields"] = std::move(fields);
+  doc["rows"] = std::move(rows);
+  return doc;
+}
+
+void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format, bool result) {
+  switch (format) {
+    case OutputFormat::Table:
+      writeTable(out, rs);
+      return;
+    case OutputFormat::Csv:
+      writeCsv(out, rs);
+      return;
+    case OutputFormat::Json:
+      out << recordsetJson(rs, result).dump() << "\n";
+      return;
+    case OutputFormat::Xml:
+      throw Error(err::kInvalidProcedureCall, "orvalis", "--format xml is not supported yet");
+  }
+}
+
+std::string recordsetText(const Recordset& rs, OutputFormat format, bool result) {
+  std::ostringstream out;
+  writeRecordset(out, rs, format, result);
+  return out.str();
+}
+
+void emit(const std::string& path, const std::string& text) {
+  if (path.empty()) {
+    std::cout << text << std::flush;
+    return;
+  }
+  writeFileAtomically(path, text);
+}
+
+}  // namespace orvalis::cli

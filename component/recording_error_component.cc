@@ -1,0 +1,78 @@
+#include "component/recording_error_component.h"
+
+#include <cstdlib>
+#include <ostream>
+
+#include "runtime/basic_number.h"
+#include "runtime/basic_string.h"
+
+namespace orvalis {
+
+ErrorRecorder::ErrorRecorder() {
+  const char* env = std::getenv("ORVALIS_ERROR_ANSWER");
+  if (env != nullptr) {
+    if (auto n = parseNumber(env)) standing_ = static_cast<int>(*n);
+  }
+}
+
+int ErrorRecorder::record(RecordedError error) {
+  int answer = standing_;
+  if (!queued_.empty()) {
+    answer = queued_.front();
+    queued_.pop_front();
+  }
+  if (answer == kAnswerRetry) {
+    const bool sameAsLast = !errors_.empty() && errors_.back().answer == kAnswerRetry &&
+                            errors_.back().module == error.module &&
+                            errors_.back().procedure == error.procedure && errors_.back().line == error.line;
+    retriesInARow_ = sameAsLast ? retriesInARow_ + 1 : 1;
+    if (retriesInARow_ > kMaxRetries) {
+      answer = kAnswerLeave;
+      retriesInARow_ = 0;
+    }
+  } else {
+    retriesInARow_ = 0;
+  }
+  error.answer = answer;
+  errors_.push_back(std::move(error));
+  return answer;
+}
+
+int RecordingErrorComponent::RaiseError(const std::string& component, const std::string& module,
+                                        const std::string& procedure, const Error& error,
+                                        const ApplicationInfo&, long line, std::string& variables,
+                                        std::string& parameters) {
+  RecordedError r;
+  r.component = component;
+  r.module = module;
+  r.procedure = procedure;
+  r.number = error.number();
+  r.source = error.source();
+  r.description = error.description();
+  r.line = line;
+  r.variables = variables;
+  r.parameters = parameters;
+  return recorder_->record(std::move(r));
+}
+
+std::shared_ptr<ErrorRecorder> installRecordingErrorComponent(std::shared_ptr<ErrorRecorder> recorder) {
+  if (!recorder) recorder = std::make_shared<ErrorRecorder>();
+  setErrorComponentFactory([recorder]() -> std::unique_ptr<ErrorComponent> {
+    return std::make_unique<RecordingErrorComponent>(recorder);
+  });
+  return recorder;
+}
+
+size_t reportRecordedErrors(ErrorRecorder& recorder, std::ostream& out) {
+  const size_t n = recorder.errors().size();
+  for (const RecordedError& e : recorder.errors()) {
+    out << "orvalis: error " << e.number << " from " << e.source << " (answered " << e.answer << "):"
+        << buildErrorBlock(e.component, e.module, e.procedure, e.line, e.description, e.variables,
+                           e.parameters)
+        << "\n";
+  }
+  recorder.clear();
+  return n;
+}
+
+}  // namespace orvalis

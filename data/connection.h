@@ -1,0 +1,77 @@
+// Connection: one open database session behind a driver.
+//
+// A driver (SQLite, PostgreSQL, ODBC) opens a Connection from a URL and runs
+// SQL text on it. query() returns an open Recordset whose fields carry the
+// ADO type number and defined size the driver reports for each column
+// (declared types on SQLite). execute() runs a statement without rows.
+// bulkInsert() loads many rows fast (a prepared statement inside a
+// transaction on SQLite and ODBC, COPY on PostgreSQL).
+//
+// Failures raise orvalis::Error with number err::kDatabase, the driver's
+// name as source and the engine's message as description.
+//
+// A Connection is owned by whoever opened it (normally the environment's
+// connection manager) and is used from one thread at a time.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "runtime/recordset.h"
+#include "runtime/value.h"
+
+namespace orvalis {
+
+// Receives every statement a connection sends (the --trace-sql file).
+class SqlTrace {
+ public:
+  virtual ~SqlTrace() = default;
+  virtual void statement(const std::string& provider, const std::string& sql) = 0;
+};
+
+class Connection {
+ public:
+  virtual ~Connection() = default;
+
+  // The provider name "DataBaseType" reports for this connection:
+  // "SQLITE", "POSTGRESQL", or over ODBC "SQLOLEDB" (SQL Server),
+  // "MSDAORA" (Oracle) or the DBMS name the driver gives.
+  virtual std::string provider() const = 0;
+
+  virtual Recordset query(const std::string& sql) = 0;
+  virtual long execute(const std::string& sql) = 0;
+
+  virtual void begin() = 0;
+  virtual void commit() = 0;
+  virtual void rollback() = 0;
+
+  // Inserts rows into table(columns...). nextRow fills the vector (one value
+  // per column) and returns false when there are no more rows. Returns the
+  // number of rows written.
+  virtual long bulkInsert(const std::string& table, const std::vector<std::string>& columns,
+                          const std::function<bool(std::vector<Value>&)>& nextRow) = 0;
+
+  void setTrace(std::shared_ptr<SqlTrace> trace) { trace_ = std::move(trace); }
+
+ protected:
+  void traced(const std::string& sql) const {
+    if (trace_) trace_->statement(provider(), sql);
+  }
+
+ private:
+  std::shared_ptr<SqlTrace> trace_;
+};
+
+// Opens a connection from a URL:
+//   sqlite:PATH                 (PATH may be :memory:)
+//   postgresql://... or postgres://...  (a libpq connection URI)
+//   odbc:CONNECTION-STRING      (handed to SQLDriverConnect as it is)
+// Raises orvalis::Error for an unknown scheme or a connection failure.
+std::unique_ptr<Connection> openConnection(const std::string& url);
+
+// A trace that appends each statement to a text file, one per line.
+std::shared_ptr<SqlTrace> fileTrace(const std::string& path);
+
+}  // namespace orvalis

@@ -1,0 +1,128 @@
+#include "data/data_functions.h"
+
+#include "component/error_handling.h"
+#include "data/control.h"
+#include "data/hr_environment.h"
+#include "runtime/basic_string.h"
+
+namespace orvalis {
+
+namespace {
+
+constexpr const char* kModule = "HRDataFunctions";
+constexpr const char* kNoMasterDb = "NO MASTER DB";
+constexpr const char* kNoMasterVariation = "NO MASTER VARIATION_ID";
+
+// Reads a session-cached setting: the session variable when set, else the
+// settings file (trimmed, upper-cased), else the placeholder; stored back so
+// the file is read once a session.
+std::string cachedSetting(const char* variable, const char* setting, const char* placeholder) {
+  HRSession& session = HREnvironment::session();
+  std::string value = trim(session.GlobalVariable(variable).text());
+  if (value.empty()) {
+    value = ucase(trim(gfncGetSetting(setting, false)));
+    if (value.empty()) value = placeholder;
+    session.SetGlobalVariable(variable, Value(value));
+  }
+  return value;
+}
+
+}  // namespace
+
+std::string gfncCompanyCode() {
+  Environment* env = HREnvironment::get();
+  if (env == nullptr) return "";
+  return rtrim(env->HREnvironment().CompanyCode());
+}
+
+std::string gfncConnectionString(const std::string& databaseCode) {
+  std::string result;
+  std::string code = ucase(trim(databaseCode));
+  Procedure proc(Handler::ErrorComponent, componentNames().payroll, kModule, "gfncConnectionString");
+  proc.variables([&] { return Dump().item("STRDB:", code).text(); });
+  proc.run([&](Steps& step) {
+    step(10, [&] {
+      Environment& env = HREnvironment::require();
+      if (code == "TWO" || code == "GP") {
+        result = env.ConnectionTWO();
+      } else if (code == "DYNAMICS" || code == "F") {
+        result = env.ConnectionDYNAMICS();
+      } else if (code == "KVS" || code == "S") {
+        result = env.ConnectionKVS();
+      } else {
+        result = env.connectionString();
+      }
+    });
+  });
+  return result;
+}
+
+std::string gfncDatabaseType(const std::string& databaseCode) {
+  return HREnvironment::require().DataBaseType(ucase(trim(databaseCode)));
+}
+
+bool gfncOpenRecordset(const std::string& sql, Recordset& rs, const std::string& databaseCode) {
+  bool result = false;
+  std::string code;
+  Procedure proc(Handler::ErrorComponent, componentNames().payroll, kModule, "gfncOpenRecordset");
+  proc.variables([&] { return Dump().item("STRSQL = ", sql).item("STRDB:", code).text(); });
+  proc.run([&](Steps& step) {
+    step(10, [&] {
+      rs = Recordset();
+      code = ucase(trim(databaseCode));
+    });
+    if (trim(sql).empty()) return;
+    step(20, [&] {
+      orvalis::ConnectionManager& manager = HREnvironment::require().ConnectionManager();
+      try {
+        rs = manager.ExecuteQueryAsync(sql, gfncConnectionString(code));
+      } catch (const Error&) {
+        // The centrally kept tables may live in a master database.
+        std::string master = gfncMasterDatabase(sql);
+        if (master.empty()) throw;
+        rs = manager.ExecuteQueryAsync(sql, "@" + master);
+      }
+      result = rs.isOpen();
+    });
+  });
+  return result;
+}
+
+Recordset openRecordset(const std::string& sql, const std::string& databaseCode) {
+  Recordset rs;
+  gfncOpenRecordset(sql, rs, databaseCode);
+  return rs;
+}
+
+long executeStatement(const std::string& sql, const std::string& databaseCode) {
+  return HREnvironment::require().ConnectionManager().ExecuteNonQuery(
+      sql, gfncConnectionString(databaseCode));
+}
+
+std::string gfncMasterDatabase(const std::string& sql) {
+  std::string master = cachedSetting("MasterDataBaseAvailable", "MASTERDB", kNoMasterDb);
+  if (master == kNoMasterDb) return "";
+  std::string upper = ucase(sql);
+  for (const char* table : {"FROM ADMGRID", "FROM ADMWF", "FROM OADMNOTE", "FROM ADMNOTE"}) {
+    if (upper.find(table) != std::string::npos) return master;
+  }
+  return "";
+}
+
+std::string gfncMasterVariation() {
+  std::string master = cachedSetting("MASTER", "MASTER_VARIATION_ID", kNoMasterVariation);
+  return master == kNoMasterVariation ? "" : master;
+}
+
+std::string gfncBureauMode() {
+  HRSession& session = HREnvironment::session();
+  std::string bureau = trim(session.GlobalVariable("BUREAU").text());
+  if (bureau.empty()) {
+    std::string mast = gfncGetControlValue("", "ADM", "BUREAUMAST");
+    bureau = (!trim(mast).empty() && flagIsYes(mast)) ? "MASTER" : trim(gfncGetSetting("BUREAU"));
+    session.SetGlobalVariable("BUREAU", Value(bureau));
+  }
+  return bureau;
+}
+
+}  // namespace orvalis

@@ -1,0 +1,275 @@
+#include "data/drivers/postgres_connection.h"
+
+#include <libpq-fe.h>
+
+#include <charconv>
+#include <cstdlib>
+#include <exception>
+#include <vector>
+
+#include "data/drivers/column_types.h"
+#include "data/drivers/driver_error.h"
+#include "data/drivers/value_text.h"
+#include "runtime/basic_string.h"
+
+namespace orvalis::drivers {
+
+namespace {
+
+const std::string kDriver = "PostgreSQL";
+constexpr size_t kCopyChunk = 1 << 20;
+
+struct ConnectionCloser {
+  void operator()(PGconn* c) const { PQfinish(c); }
+};
+struct ResultClearer {
+  void operator()(PGresult* r) const { PQclear(r); }
+};
+using Result = std::unique_ptr<PGresult, ResultClearer>;
+
+Value decode(const char* text, int length, ColumnKind kind) {
+  std::string_view s(text, static_cast<size_t>(length));
+  switch (kind) {
+    case ColumnKind::Integer: {
+      long long v = 0;
+      auto [ptr, ec] = std::from_chars(s.data(), s.data() + s.size(), v);
+      if (ec == std::errc() && ptr == s.data() + s.size()) return Value(v);
+      return Value(s);
+    }
+    case ColumnKind::Double:
+    case ColumnKind::Numeric: {
+      double v = 0;
+      auto [ptr, ec] = std::from_chars(s.data(), s.data() + s.size(), v);
+      if (ec == std::errc() && ptr == s.data() + s.size()) return Value(v);
+      return Value(s);
+    }
+    case ColumnKind::Boolean:
+      return Value(s == "t");
+    case ColumnKind::Date:
+      if (auto d = parseIsoDateTime(s)) return Value(*d);
+      return Value(s);
+    default:
+      return Value(s);
+  }
+}
+
+// COPY text format: a field's text with its special characters escaped.
+void appendCopyText(std::string& out, std::string_view s) {
+  for (char c : s) {
+    switch (c) {
+      case '\\':
+        out += "\\\\";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      default:
+        out.push_back(c);
+    }
+  }
+}
+
+class PostgresConnection final : public Connection {
+ public:
+  explicit PostgresConnection(const std::string& uri) {
+    // Entries before the URI are defaults it may override; those after it
+    // are fixed by the driver.
+    const char* keywords[] = {"connect_timeout", "dbname", "client_encoding", nullptr};
+    const char* values[] = {"15", uri.c_str(), "UTF8", nullptr};
+    conn_.reset(PQconnectdbParams(keywords, values, 1));
+    if (!conn_) raiseDriverError(kDriver, "cannot connect to the PostgreSQL server", "out of memory");
+    if (PQstatus(conn_.get()) != CONNECTION_OK) {
+      raiseDriverError(kDriver, "cannot connect to the PostgreSQL server", PQerrorMessage(conn_.get()));
+    }
+    PQsetNoticeProcessor(conn_.get(), [](void*, const char*) {}, nullptr);
+    Result r(PQexec(conn_.get(), "SET DateStyle = 'ISO, YMD'"));
+    check(r, "cannot set up the session");
+  }
+
+  std::string provider() const override { return "POSTGRESQL"; }
+
+  // Rows arrive in single-row mode and go straight into the recordset, so
+  // the result is never held twice. As with PQexec, a text of several
+  // statements yields the rows of the last one that returns rows.
+  Recordset query(const std::string& sql) override {
+    traced(sql);
+    if (!PQsendQuery(conn_.get(), sql.c_str())) {
+      raiseDriverError(kDriver, "query failed", PQerrorMessage(conn_.get()));
+    }
+    PQsetSingleRowMode(conn_.get());
+
+    Recordset rs;
+    std::vector<ColumnKind> kinds;
+    bool described = false;  // rs has the current statement's fields
+    bool finished = false;   // ... and all its rows
+    std::string serverError;
+    std::exception_ptr failure;
+    auto restart = [&](const PGresult* r) {
+      rs = Recordset();
+      kinds.clear();
+      describe(r, rs, kinds);
+      described = true;
+      finished = false;
+    };
+    // Every result must be read, even after a failure, before the
+    // connection takes the next statement.
+    while (Result r{PQgetResult(conn_.get())}) {
+      if (failure || !serverError.empty()) continue;
+      try {
+        switch (PQresultStatus(r.get())) {
+          case PGRES_SINGLE_TUPLE:
+            if (!described || finished) restart(r.get());
+            appendRows(r.get(), rs, kinds);
+            break;
+          case PGRES_TUPLES_OK:  // the end of a statement's rows (all of them without single-row mode)
+            if (!described || finished) restart(r.get());
+            appendRows(r.get(), rs, kinds);
+            finished = true;
+            break;
+          case PGRES_COMMAND_OK:
+          case PGRES_EMPTY_QUERY:
+            break;
+          default:
+            serverError = PQresultErrorMessage(r.get());
+        }
+      } catch (...) {
+        failure = std::current_exception();
+      }
+    }
+    if (!serverError.empty()) raiseDriverError(kDriver, "query failed", serverError);
+    if (failure) std::rethrow_exception(failure);
+    rs.open();
+    rs.moveFirst();
+    return rs;
+  }
+
+  long execute(const std::string& sql) override {
+    traced(sql);
+    Result r(PQexec(conn_.get(), sql.c_str()));
+    check(r, "statement failed");
+    return std::atol(PQcmdTuples(r.get()));
+  }
+
+  void begin() override { execute("BEGIN"); }
+  void commit() override { execute("COMMIT"); }
+  void rollback() override { execute("ROLLBACK"); }
+
+  long bulkInsert(const std::string& table, const std::vector<std::string>& columns,
+                  const std::function<bool(std::vector<Value>&)>& nextRow) override {
+    const std::string what = "bulk insert into " + table + " failed";
+    if (columns.empty()) raiseDriverError(kDriver, what, "no columns given");
+    const std::string sql = "COPY " + table + " (" + join(columns, ", ") + ") FROM STDIN";
+    traced(sql);
+    {
+      Result r(PQexec(conn_.get(), sql.c_str()));
+      if (PQresultStatus(r.get()) != PGRES_COPY_IN) check(r, what);
+    }
+
+    long count = 0;
+    try {
+      std::string buffer;
+      buffer.reserve(kCopyChunk + 4096);
+      std::vector<Value> row(columns.size());
+      for (;;) {
+        row.resize(columns.size());
+        if (!nextRow(row)) break;
+        if (row.size() != columns.size()) {
+          raiseDriverError(kDriver, what,
+                           "a row has " + std::to_string(row.size()) + " values for " +
+                               std::to_string(columns.size()) + " columns");
+        }
+        for (size_t i = 0; i < row.size(); ++i) {
+          if (i) buffer.push_back('\t');
+          const Value& v = row[i];
+          if (v.isNull() || v.isEmpty()) {
+            buffer += "\\N";
+          } else if (v.isText()) {
+            appendCopyText(buffer, v.asText());
+          } else {
+            appendValueText(buffer, v);
+          }
+        }
+        buffer.push_back('\n');
+        ++count;
+        if (buffer.size() >= kCopyChunk) {
+          sendCopyData(buffer, what);
+          buffer.clear();
+        }
+      }
+      if (!buffer.empty()) sendCopyData(buffer, what);
+    } catch (...) {
+      PQputCopyEnd(conn_.get(), "bulk insert abandoned");
+      drainResults();
+      throw;
+    }
+    if (PQputCopyEnd(conn_.get(), nullptr) != 1) {
+      drainResults();
+      raiseDriverError(kDriver, what, PQerrorMessage(conn_.get()));
+    }
+    Result end(PQgetResult(conn_.get()));
+    drainResults();
+    check(end, what);
+    return count;
+  }
+
+ private:
+  static void describe(const PGresult* r, Recordset& rs, std::vector<ColumnKind>& kinds) {
+    const int n = PQnfields(r);
+    for (int i = 0; i < n; ++i) {
+      Column c = columnForPostgresType(schemaCaseColumnName(PQfname(r, i)), PQftype(r, i), PQfmod(r, i));
+      kinds.push_back(c.kind);
+      rs.appendField(std::move(c.field));
+    }
+    rs.open();
+  }
+
+  static void appendRows(const PGresult* r, Recordset& rs, const std::vector<ColumnKind>& kinds) {
+    const int rows = PQntuples(r);
+    const int n = static_cast<int>(kinds.size());
+    for (int row = 0; row < rows; ++row) {
+      rs.addNew();
+      for (int i = 0; i < n; ++i) {
+        if (PQgetisnull(r, row, i)) continue;  // addNew filled the row with Nulls
+        storeColumnValue(rs, i, decode(PQgetvalue(r, row, i), PQgetlength(r, row, i), kinds[static_cast<size_t>(i)]),
+                         kDriver);
+      }
+    }
+  }
+
+  void check(const Result& r, std::string_view what) const {
+    if (!r) raiseDriverError(kDriver, what, PQerrorMessage(conn_.get()));
+    switch (PQresultStatus(r.get())) {
+      case PGRES_COMMAND_OK:
+      case PGRES_TUPLES_OK:
+      case PGRES_EMPTY_QUERY:
+        return;
+      default:
+        raiseDriverError(kDriver, what, PQresultErrorMessage(r.get()));
+    }
+  }
+
+  void sendCopyData(const std::string& data, std::string_view what) {
+    if (PQputCopyData(conn_.get(), data.data(), static_cast<int>(data.size())) != 1) {
+      raiseDriverError(kDriver, what, PQerrorMessage(conn_.get()));
+    }
+  }
+
+  void drainResults() {
+    while (Result r{PQgetResult(conn_.get())}) {
+    }
+  }
+
+  std::unique_ptr<PGconn, ConnectionCloser> conn_;
+};
+
+}  // namespace
+
+std::unique_ptr<Connection> openPostgres(const std::string& uri) { return std::make_unique<PostgresConnection>(uri); }
+
+}  // namespace orvalis::drivers

@@ -1,0 +1,227 @@
+#include "data/drivers/sqlite_connection.h"
+
+#include <sqlite3.h>
+
+#include <vector>
+
+#include "data/drivers/column_types.h"
+#include "data/drivers/driver_error.h"
+#include "data/drivers/value_text.h"
+#include "runtime/basic_string.h"
+
+namespace orvalis::drivers {
+
+namespace {
+
+const std::string kDriver = "SQLite";
+
+struct DatabaseCloser {
+  void operator()(sqlite3* db) const { sqlite3_close_v2(db); }
+};
+struct StatementFinalizer {
+  void operator()(sqlite3_stmt* st) const { sqlite3_finalize(st); }
+};
+using Statement = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
+
+Value readValue(sqlite3_stmt* st, int i, ColumnKind kind) {
+  switch (sqlite3_column_type(st, i)) {
+    case SQLITE_NULL:
+      return Value::null();
+    case SQLITE_INTEGER: {
+      sqlite3_int64 v = sqlite3_column_int64(st, i);
+      if (kind == ColumnKind::Boolean) return Value(v != 0);
+      if (kind == ColumnKind::Numeric || kind == ColumnKind::Double) return Value(static_cast<double>(v));
+      return Value(static_cast<long long>(v));
+    }
+    case SQLITE_FLOAT:
+      return Value(sqlite3_column_double(st, i));
+    case SQLITE_TEXT: {
+      const char* p = reinterpret_cast<const char*>(sqlite3_column_text(st, i));
+      std::string_view text(p, static_cast<size_t>(sqlite3_column_bytes(st, i)));
+      if (kind == ColumnKind::Date) {
+        if (auto d = parseIsoDateTime(text)) return Value(*d);
+      }
+      return Value(text);
+    }
+    default: {  // SQLITE_BLOB
+      const char* p = static_cast<const char*>(sqlite3_column_blob(st, i));
+      return Value(std::string_view(p ? p : "", static_cast<size_t>(sqlite3_column_bytes(st, i))));
+    }
+  }
+}
+
+class SqliteConnection final : public Connection {
+ public:
+  explicit SqliteConnection(const std::string& path) {
+    sqlite3* raw = nullptr;
+    int rc = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI,
+                             nullptr);
+    db_.reset(raw);
+    if (rc != SQLITE_OK) {
+      raiseDriverError(kDriver, "cannot open database '" + path + "'",
+                       raw ? sqlite3_errmsg(raw) : sqlite3_errstr(rc));
+    }
+    sqlite3_busy_timeout(db_.get(), 10000);
+  }
+
+  std::string provider() const override { return "SQLITE"; }
+
+  Recordset query(const std::string& sql) override {
+    traced(sql);
+    const char* tail = nullptr;
+    Statement st = prepare(sql, &tail, "query failed");
+    if (!st) fail("query failed", "the SQL text holds no statement");
+    if (prepare(std::string_view(tail, static_cast<size_t>(sql.data() + sql.size() - tail)), nullptr,
+                "query failed")) {
+      fail("query failed", "the SQL text holds more than one statement");
+    }
+
+    const int n = sqlite3_column_count(st.get());
+    std::vector<Column> columns;
+    columns.reserve(static_cast<size_t>(n));
+    for (int i = 0; i < n; ++i) {
+      const char* name = sqlite3_column_name(st.get(), i);
+      const char* declared = sqlite3_column_decltype(st.get(), i);
+      columns.push_back(columnForDeclaredType(name ? name : "", declared ? declared : ""));
+    }
+    int rc = sqlite3_step(st.get());
+    for (int i = 0; i < n; ++i) {
+      Column& c = columns[static_cast<size_t>(i)];
+      if (c.kind == ColumnKind::Untyped && rc == SQLITE_ROW) {
+        c = columnForStorageClass(std::move(c.field.name), sqlite3_column_type(st.get(), i));
+      }
+    }
+
+    Recordset rs;
+    for (const Column& c : columns) rs.appendField(c.field);
+    rs.open();
+    for (; rc == SQLITE_ROW; rc = sqlite3_step(st.get())) {
+      rs.addNew();
+      for (int i = 0; i < n; ++i) {
+        Value v = readValue(st.get(), i, columns[static_cast<size_t>(i)].kind);
+        if (!v.isNull()) storeColumnValue(rs, i, std::move(v), kDriver);  // the new row holds Nulls
+      }
+    }
+    if (rc != SQLITE_DONE) fail("query failed");
+    rs.moveFirst();
+    return rs;
+  }
+
+  long execute(const std::string& sql) override {
+    traced(sql);
+    return run(sql);
+  }
+
+  void begin() override { execute("BEGIN"); }
+  void commit() override { execute("COMMIT"); }
+  void rollback() override { execute("ROLLBACK"); }
+
+  long bulkInsert(const std::string& table, const std::vector<std::string>& columns,
+                  const std::function<bool(std::vector<Value>&)>& nextRow) override {
+    if (columns.empty()) fail("bulk insert into " + table + " failed", "no columns given");
+    std::string sql = "INSERT INTO " + table + " (" + join(columns, ", ") + ") VALUES (";
+    for (size_t i = 0; i < columns.size(); ++i) sql += i ? ", ?" : "?";
+    sql += ")";
+    const bool ownTransaction = sqlite3_get_autocommit(db_.get()) != 0;
+    if (ownTransaction) begin();
+    try {
+      traced(sql);
+      Statement st = prepare(sql, nullptr, "bulk insert into " + table + " failed");
+      const int n = static_cast<int>(columns.size());
+      std::vector<Value> row(columns.size());
+      std::vector<std::string> dates(columns.size());
+      long count = 0;
+      for (;;) {
+        row.resize(columns.size());
+        if (!nextRow(row)) break;
+        if (row.size() != columns.size()) {
+          fail("bulk insert into " + table + " failed",
+               "a row has " + std::to_string(row.size()) + " values for " + std::to_string(n) + " columns");
+        }
+        for (int i = 0; i < n; ++i) bind(st.get(), i, row[static_cast<size_t>(i)], dates[static_cast<size_t>(i)]);
+        if (sqlite3_step(st.get()) != SQLITE_DONE) fail("bulk insert into " + table + " failed");
+        sqlite3_reset(st.get());
+        ++count;
+      }
+      if (ownTransaction) commit();
+      return count;
+    } catch (...) {
+      if (ownTransaction) sqlite3_exec(db_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+      throw;
+    }
+  }
+
+ private:
+  [[noreturn]] void fail(std::string_view what) const { raiseDriverError(kDriver, what, sqlite3_errmsg(db_.get())); }
+  [[noreturn]] void fail(std::string_view what, std::string_view why) const {
+    raiseDriverError(kDriver, what, why);
+  }
+
+  // The first statement of sql (nullptr when it holds only blanks and
+  // comments); *tail receives the rest of the text.
+  Statement prepare(std::string_view sql, const char** tail, std::string_view what) const {
+    sqlite3_stmt* raw = nullptr;
+    int rc = sqlite3_prepare_v2(db_.get(), sql.data(), static_cast<int>(sql.size()), &raw, tail);
+    Statement st(raw);
+    if (rc != SQLITE_OK) fail(what);
+    return st;
+  }
+
+  // Runs every statement of the text; returns the rows they changed.
+  long run(std::string_view sql) {
+    long changed = 0;
+    const char* rest = sql.data();
+    const char* end = sql.data() + sql.size();
+    while (rest < end) {
+      const char* tail = end;
+      Statement st = prepare(std::string_view(rest, static_cast<size_t>(end - rest)), &tail, "statement failed");
+      if (tail <= rest) break;
+      rest = tail;
+      if (!st) continue;
+      sqlite3_int64 before = sqlite3_total_changes64(db_.get());
+      int rc;
+      while ((rc = sqlite3_step(st.get())) == SQLITE_ROW) {
+      }
+      if (rc != SQLITE_DONE) fail("statement failed");
+      if (sqlite3_total_changes64(db_.get()) != before) changed += static_cast<long>(sqlite3_changes64(db_.get()));
+    }
+    return changed;
+  }
+
+  // Binds one value; `scratch` keeps a date's text alive until the step.
+  void bind(sqlite3_stmt* st, int i, const Value& v, std::string& scratch) const {
+    int rc = SQLITE_OK;
+    switch (v.kind()) {
+      case Value::Kind::Empty:
+      case Value::Kind::Null:
+        rc = sqlite3_bind_null(st, i + 1);
+        break;
+      case Value::Kind::Boolean:
+        rc = sqlite3_bind_int(st, i + 1, v.asBool() ? 1 : 0);
+        break;
+      case Value::Kind::Integer:
+        rc = sqlite3_bind_int64(st, i + 1, v.asInteger());
+        break;
+      case Value::Kind::Double:
+        rc = sqlite3_bind_double(st, i + 1, v.asDouble());
+        break;
+      case Value::Kind::Text:
+        rc = sqlite3_bind_text(st, i + 1, v.asText().data(), static_cast<int>(v.asText().size()), SQLITE_STATIC);
+        break;
+      case Value::Kind::Date:
+        scratch.clear();
+        appendIsoDateTime(scratch, v.asDate());
+        rc = sqlite3_bind_text(st, i + 1, scratch.data(), static_cast<int>(scratch.size()), SQLITE_STATIC);
+        break;
+    }
+    if (rc != SQLITE_OK) fail("binding a value failed");
+  }
+
+  std::unique_ptr<sqlite3, DatabaseCloser> db_;
+};
+
+}  // namespace
+
+std::unique_ptr<Connection> openSqlite(const std::string& path) { return std::make_unique<SqliteConnection>(path); }
+
+}  // namespace orvalis::drivers

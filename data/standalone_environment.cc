@@ -1,0 +1,109 @@
+#include "data/standalone_environment.h"
+
+#include "runtime/basic_string.h"
+#include "runtime/error.h"
+
+namespace orvalis {
+
+StandaloneEnvironment::StandaloneEnvironment(StandaloneConfig config) : config_(std::move(config)) {
+  for (const auto& [name, value] : config_.sessionVariables) variables_[ucase(trim(name))] = Value(value);
+  if (!config_.traceFile.empty()) trace_ = fileTrace(config_.traceFile);
+}
+
+StandaloneEnvironment::~StandaloneEnvironment() = default;
+
+bool StandaloneEnvironment::ValidEnvironment() { return config_.valid; }
+HRSession& StandaloneEnvironment::HREnvironment() { return *this; }
+std::string StandaloneEnvironment::connectionString() { return config_.hrUrl; }
+std::string StandaloneEnvironment::ConnectionKVS() {
+  return config_.kvsUrl.empty() ? config_.hrUrl : config_.kvsUrl;
+}
+std::string StandaloneEnvironment::ConnectionTWO() {
+  return config_.twoUrl.empty() ? config_.hrUrl : config_.twoUrl;
+}
+std::string StandaloneEnvironment::ConnectionDYNAMICS() {
+  return config_.dynamicsUrl.empty() ? config_.hrUrl : config_.dynamicsUrl;
+}
+
+std::string StandaloneEnvironment::DataBaseType(const std::string& databaseCode) {
+  if (!config_.providerOverride.empty()) return ucase(trim(config_.providerOverride));
+  std::string code = ucase(trim(databaseCode));
+  std::string text;
+  if (code == "TWO" || code == "GP") {
+    text = ConnectionTWO();
+  } else if (code == "DYNAMICS" || code == "F") {
+    text = ConnectionDYNAMICS();
+  } else if (code == "KVS" || code == "S") {
+    text = ConnectionKVS();
+  } else {
+    text = connectionString();
+  }
+  return connection(text).provider();
+}
+
+std::string StandaloneEnvironment::WorkGroup() { return config_.workGroup; }
+std::string StandaloneEnvironment::CompanyCode() { return config_.companyCode; }
+orvalis::ConnectionManager& StandaloneEnvironment::ConnectionManager() { return *this; }
+
+std::string StandaloneEnvironment::CompanyCode() const { return config_.companyCode; }
+std::string StandaloneEnvironment::UserCode() const { return config_.userCode; }
+std::string StandaloneEnvironment::EmployeeCode() const { return config_.employeeCode; }
+
+Value StandaloneEnvironment::GlobalVariable(const std::string& name) const {
+  auto it = variables_.find(ucase(trim(name)));
+  return it == variables_.end() ? Value() : it->second;
+}
+
+void StandaloneEnvironment::SetGlobalVariable(const std::string& name, Value value) {
+  variables_[ucase(trim(name))] = std::move(value);
+}
+
+Value StandaloneEnvironment::SystemParameter(const std::string& name) const {
+  std::string key = ucase(trim(name));
+  if (key == kProductLanguageParameter) return Value(config_.productLanguage);
+  if (key == kSessionLanguageParameter) return Value(config_.sessionLanguage);
+  for (const auto& [n, v] : config_.systemParameters) {
+    if (ucase(trim(n)) == key) return Value(v);
+  }
+  return Value();
+}
+
+// The host answers these from its own form and field metadata; outside the
+// host there is none, so they read Empty and the component's own data
+// dictionary (data/dictionary.h) is what the reports consult.
+Value StandaloneEnvironment::FormAccessLevel(const std::string&) const { return Value(); }
+Value StandaloneEnvironment::FieldAccess(const std::string&, const std::string&) const { return Value(); }
+Value StandaloneEnvironment::FieldCaption(const std::string&, const std::string&) const { return Value(); }
+Value StandaloneEnvironment::FieldType(const std::string&, const std::string&) const { return Value(); }
+Value StandaloneEnvironment::EntityCaption(const std::string&) const { return Value(); }
+Value StandaloneEnvironment::EntityKeyStructure(const std::string&) const { return Value(); }
+Value StandaloneEnvironment::EntityValue(const std::string&) const { return Value(); }
+Value StandaloneEnvironment::XRefEntityCaption(const std::string&) const { return Value(); }
+
+Connection& StandaloneEnvironment::connection(const std::string& connectionText) {
+  std::string url = connectionText;
+  if (startsWith(url, "@")) {
+    auto it = config_.databases.find(ucase(trim(url.substr(1))));
+    url = it == config_.databases.end() ? config_.hrUrl : it->second;
+  }
+  if (url.empty()) {
+    throw Error(err::kDatabase, "ORVALIS", "No database is configured for this connection");
+  }
+  auto it = connections_.find(url);
+  if (it == connections_.end()) {
+    std::unique_ptr<Connection> c = openConnection(url);
+    if (trace_) c->setTrace(trace_);
+    it = connections_.emplace(url, std::move(c)).first;
+  }
+  return *it->second;
+}
+
+Recordset StandaloneEnvironment::ExecuteQueryAsync(const std::string& sql, const std::string& connectionText) {
+  return connection(connectionText).query(sql);
+}
+
+long StandaloneEnvironment::ExecuteNonQuery(const std::string& sql, const std::string& connectionText) {
+  return connection(connectionText).execute(sql);
+}
+
+}  // namespace orvalis

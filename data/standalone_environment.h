@@ -1,0 +1,105 @@
+// StandaloneEnvironment: the environment object outside the host product.
+//
+// The command-line tool and the tests stand in for the host with this
+// implementation of Environment/HRSession/ConnectionManager. It is
+// configured from database URLs (see data/connection.h), the company, user
+// and employee codes, the languages and session variables. Connections are
+// opened on first use, one per connection text, and kept for the object's
+// life. A provider override makes "DataBaseType" report another provider,
+// so that any dialect's SQL can be produced against any database.
+//
+// The host's field and entity metadata members answer from the data
+// dictionary tables when the HR database has them (see data/dictionary.h).
+//
+// Owns its connections. Single-threaded.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "data/connection.h"
+#include "data/environment.h"
+
+namespace orvalis {
+
+struct StandaloneConfig {
+  std::string hrUrl;        // "connectionString"
+  std::string kvsUrl;       // "ConnectionKVS" (payroll); empty = the HR database
+  std::string twoUrl;       // "ConnectionTWO"; empty = the HR database
+  std::string dynamicsUrl;  // "ConnectionDYNAMICS"; empty = the HR database
+  // Further databases by code, reached with the connection text "@CODE"
+  // (the master database of the centrally kept tables, for example).
+  std::map<std::string, std::string> databases;
+  std::string companyCode;
+  std::string userCode;
+  std::string employeeCode;
+  std::string productLanguage = kDefaultLanguage;
+  std::string sessionLanguage = kDefaultLanguage;
+  std::string workGroup;
+  // Overrides the provider every "DataBaseType" reports ("SQLOLEDB", ...).
+  std::string providerOverride;
+  // Appends every statement to this file when set.
+  std::string traceFile;
+  std::map<std::string, std::string> sessionVariables;
+  std::map<std::string, std::string> systemParameters;
+  bool valid = true;
+};
+
+class StandaloneEnvironment final : public Environment,
+                                    public HRSession,
+                                    public orvalis::ConnectionManager {
+ public:
+  explicit StandaloneEnvironment(StandaloneConfig config);
+  ~StandaloneEnvironment() override;
+
+  // Environment
+  bool ValidEnvironment() override;
+  HRSession& HREnvironment() override;
+  std::string connectionString() override;
+  std::string ConnectionKVS() override;
+  std::string ConnectionTWO() override;
+  std::string ConnectionDYNAMICS() override;
+  std::string DataBaseType(const std::string& databaseCode) override;
+  std::string WorkGroup() override;
+  std::string CompanyCode() override;
+  orvalis::ConnectionManager& ConnectionManager() override;
+
+  // HRSession
+  std::string CompanyCode() const override;
+  std::string UserCode() const override;
+  std::string EmployeeCode() const override;
+  Value GlobalVariable(const std::string& name) const override;
+  void SetGlobalVariable(const std::string& name, Value value) override;
+  Value SystemParameter(const std::string& name) const override;
+  Value FormAccessLevel(const std::string& form) const override;
+  Value FieldAccess(const std::string& entity, const std::string& field) const override;
+  Value FieldCaption(const std::string& entity, const std::string& field) const override;
+  Value FieldType(const std::string& entity, const std::string& field) const override;
+  Value EntityCaption(const std::string& entity) const override;
+  Value EntityKeyStructure(const std::string& entity) const override;
+  Value EntityValue(const std::string& entity) const override;
+  Value XRefEntityCaption(const std::string& entity) const override;
+
+  // ConnectionManager
+  Recordset ExecuteQueryAsync(const std::string& sql, const std::string& connection) override;
+  long ExecuteNonQuery(const std::string& sql, const std::string& connection) override;
+
+  // The open connection for a connection text (opened on first use).
+  Connection& connection(const std::string& connectionText);
+  Connection& hrConnection() { return connection(connectionString()); }
+
+  const StandaloneConfig& config() const { return config_; }
+  void setValid(bool valid) { config_.valid = valid; }
+  void setEmployeeCode(std::string code) { config_.employeeCode = std::move(code); }
+  void setUserCode(std::string code) { config_.userCode = std::move(code); }
+  void setCompanyCode(std::string code) { config_.companyCode = std::move(code); }
+
+ private:
+  StandaloneConfig config_;
+  std::map<std::string, Value> variables_;  // keyed by upper-cased name
+  std::map<std::string, std::unique_ptr<Connection>> connections_;
+  std::shared_ptr<SqlTrace> trace_;
+};
+
+}  // namespace orvalis

@@ -1,0 +1,343 @@
+#include "diary/absence_days.h"
+
+#include "component/debug_log.h"
+#include "data/control.h"
+#include "data/hr_environment.h"
+#include "data/sql_text.h"
+#include "diary/dates_list.h"
+#include "diary/day_type.h"
+#include "diary/diary_module.h"
+#include "diary/diary_trace.h"
+#include "diary/working_day.h"
+#include "diary/working_pattern.h"
+#include "runtime/basic_number.h"
+#include "runtime/basic_string.h"
+
+namespace orvalis {
+
+using diary::firstLetter;
+using diary::norm;
+
+namespace {
+
+constexpr const char* kSuccess = "SUCCESS";
+constexpr const char* kFailed = "FAILED";
+
+// The all-jobs switch, read from the control table once a session.
+std::string allJobsSwitch() {
+  HRSession& session = HREnvironment::session();
+  std::string value = trim(session.GlobalVariable("ABSALLJOBS").text());
+  if (value.empty()) {
+    value = firstLetter(gfncGetControlValue("", "PNL", "ABSALLJOBS"));
+    if (value != "Y") value = "N";
+    session.SetGlobalVariable("ABSALLJOBS", Value(value));
+  }
+  return value;
+}
+
+void trace(const std::string& text) { gsubDebugLog("gfncDiaryNoOfDays", text); }
+
+}  // namespace
+
+bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string& patternStartDate,
+                           const std::string& type, const std::string& employee, const std::string& post,
+                           const std::string& fromDate, const std::string& fromHalf, const std::string& fromTime,
+                           const std::string& toDate, const std::string& toHalf, const std::string& toTime,
+                           double& days, double& hours, PatternSet& patterns,
+                           const std::string& initialiseDatesList, const std::string& wholeDaysOnly) {
+  bool ran = false;
+  const std::string fromMarker = norm(fromHalf);
+  const std::string toMarker = norm(toHalf);
+  std::string dayType;
+  std::string check;
+  std::string whole;
+  std::string startToUse;
+  std::string endToUse;
+  bool am = false;
+  bool pm = false;
+  bool addInDays = false;
+  std::string amStatus;
+  std::string pmStatus;
+
+  Procedure proc = diary::procedure("gfncDiaryDayHourCount");
+  proc.variables([&] {
+    return Dump()
+        .item("STRWORKINGPATTERN:", workingPattern)
+        .item("STRPATTERNSTARTDATE:", patternStartDate)
+        .item("STRTYPE:", type)
+        .item("STREMP_ID:", employee)
+        .item("STRPOST_SEQ_ID:", post)
+        .item("STRFROMTIMEAMPM:", fromMarker)
+        .item("STRFROMTIMEACTUAL:", fromTime)
+        .item("STRTOTIMEAMPM:", toMarker)
+        .item("STRTOTIMEACTUAL:", toTime)
+        .item("STRINITIALISEDATELIST:", initialiseDatesList)
+        .item("STRWHOLEDAYSONLY:", whole)
+        .item("STRCHECK = ", check)
+        .item("STRSTARTTIMETOUSE = ", startToUse)
+        .item("STRENDTIMETOUSE = ", endToUse)
+        .item("BOLAM = ", am)
+        .item("BOLPM = ", pm)
+        .item("BOLADDINDAYS = ", addInDays)
+        .item("STRAMSTATUS = ", amStatus)
+        .item("STRPMSTATUS = ", pmStatus)
+        .item("STRSUCCESS = ", kSuccess)
+        .item("STRFAILED = ", kFailed)
+        .text();
+  });
+  proc.run([&](Steps& step) {
+    step(10, [&] {
+      dayType = gfncDiaryDayType(type);
+      gsubDiarySetUp(patterns);
+      if (firstLetter(initialiseDatesList) != "N") clearDatesList();
+    });
+    std::string chkWpAmPm;
+    step(20, [&] { chkWpAmPm = norm(gfncGetControlValue("", "ADM", "CHKWPAMPM")); });
+    step(30, [&] {
+      whole = firstLetter(wholeDaysOnly);
+      if (whole != "Y" && whole != "N") whole = dayType == "P" ? "Y" : "N";
+    });
+    std::optional<DateTime> first = diary::dateOf(std::string_view(fromDate));
+    std::optional<DateTime> last = diary::dateOf(std::string_view(toDate));
+    if (!first) return;
+    if (!last) last = first;
+    DiaryTrace* observer = patterns.trace();
+    const std::string category = norm(workingPattern);
+    for (DateTime d = *first; d <= *last; d = d.addDays(1)) {
+      double dayDays = 0;
+      double dayHours = 0;
+      step(40, [&] {
+        am = true;
+        pm = true;
+        startToUse.clear();
+        endToUse.clear();
+        if (d == *first) {
+          startToUse = fromTime;
+          if (fromMarker == "PM") am = false;
+        }
+        if (d == *last) {
+          endToUse = toTime;
+          if (toMarker == "AM") pm = false;
+        }
+        // The date's listing is read before either half is asked about, so
+        // that the morning this post has just listed does not hide its own
+        // afternoon when halves are not told apart.
+        const std::string date = d.house();
+        const std::string amKey = whole == "N" ? date + "+AM" : date;
+        const std::string pmKey = whole == "N" ? date + "+PM" : date;
+        const bool amListed = datesListHolds(amKey);
+        const bool pmListed = datesListHolds(pmKey);
+
+        auto half = [&](const char* slot, bool counts, bool listed, std::string& status) {
+          double h = 0;
+          std::string start;
+          std::string end;
+          DayVerdict verdict = DayVerdict::Worked;
+          check = whole == "N" ? date + "+" + slot : date;
+          addInDays = !listed;
+          bool worked = gfncDiaryWorkingDay(d, employee, post, category, dayType, h, start, end, patterns, slot,
+                                            startToUse, endToUse, observer ? &verdict : nullptr);
+          status = worked ? kSuccess : kFailed;
+          double added = 0;
+          if (worked && counts) {
+            dayHours += h;
+            if (addInDays) added = 0.5;
+            dayDays += added;
+          }
+          if (observer != nullptr) {
+            HalfDayNote note;
+            note.date = d;
+            note.slot = slot;
+            note.post = post;
+            note.category = category;
+            note.verdict = verdict;
+            note.inAbsence = counts;
+            note.alreadyCounted = listed;
+            note.hours = h;
+            note.days = added;
+            observer->halfDay(note);
+          }
+        };
+        half("AM", am, amListed, amStatus);
+        half("PM", pm, pmListed, pmStatus);
+
+        // A pattern that works only half of the date counts it whole when
+        // "CHKWPAMPM" is on.
+        if (dayDays == 0.5 && (amStatus == kFailed || pmStatus == kFailed) && left(chkWpAmPm, 1) == "Y") {
+          dayDays = 1;
+        }
+        if (whole == "Y" && dayDays > 0) dayDays = 1;
+      });
+      days += dayDays;
+      hours += dayHours;
+      if (observer != nullptr) observer->day(DayNote{d, post, dayDays, dayHours});
+    }
+    ran = true;
+  });
+  return ran;
+}
+
+double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDate, const std::string& morning,
+                         const std::string& toDate, const std::string& afternoon, const std::string& type,
+                         const std::string& postSeq, double& totalHours, const std::string& absenceFromTime,
+                         const std::string& absenceToTime, PatternSet& patterns, const std::string& wholeDaysOnly,
+                         bool includeAbsentPosts) {
+  double totalDays = 0;
+  std::string emp = trim(employee);
+  std::string from = norm(fromDate);
+  std::string to = norm(toDate);
+  std::string fromHalf = norm(morning);
+  std::string toHalf = norm(afternoon);
+  std::string fromTime = trim(absenceFromTime);
+  std::string toTime = trim(absenceToTime);
+  std::string seq = trim(postSeq);
+  std::string checkAllJobs;
+  std::string sql;
+  std::string testDate;
+  std::string check;
+  std::string catId;
+  std::string seqId;
+  std::string wpStart;
+  bool calculate = false;
+
+  const bool logging = debugLogEnabled();
+  if (logging) {
+    trace("gfncDiaryNoOfDays : Start");
+    trace("strEMP_ID : " + employee);
+    trace("strFromDate : " + fromDate);
+    trace("strMorning : " + morning);
+    trace("strToDate : " + toDate);
+    trace("strAfternoon : " + afternoon);
+    trace("strType : " + type);
+    trace("strPOST_SEQ_ID : " + postSeq);
+    trace("dblTotalHours : " + numberText(totalHours));
+    trace("strAbsenceFromTime : " + absenceFromTime);
+    trace("strAbsenceToTime : " + absenceToTime);
+    trace("strWholeDaysOnly : " + wholeDaysOnly);
+  }
+
+  Procedure proc = diary::procedure("gfncDiaryNoOfDays");
+  proc.variables([&] {
+    return Dump()
+        .item("STREMP_ID:", emp)
+        .item("STRFROMDATE:", from)
+        .item("STRMORNING:", fromHalf)
+        .item("STRTODATE:", to)
+        .item("STRAFTERNOON:", toHalf)
+        .item("STRTYPE:", type)
+        .item("STRPOST_SEQ_ID:", seq)
+        .item("STRABSENCEFROMTIME:", fromTime)
+        .item("STRABSENCETOTIME:", toTime)
+        .item("STRWHOLEDAYSONLY:", wholeDaysOnly)
+        .item("BOLCHECKALLJOBS = ", checkAllJobs == "Y")
+        .item("STRTESTDATE = ", testDate)
+        .item("STRCHECK = ", check)
+        .item("STRCAT_ID = ", catId)
+        .item("STRSEQ_ID = ", seqId)
+        .item("STRSQL = ", sql)
+        .item("STRCHECKALLJOBS = ", checkAllJobs)
+        .item("STRWP_START_DATE = ", wpStart)
+        .item("BOLCALCULATE = ", calculate)
+        .text();
+  });
+  proc.run([&](Steps& step) {
+    step(10, [&] {
+      clearDatesList();
+      checkAllJobs = allJobsSwitch();
+    });
+    totalHours = 0;
+    if (fromTime == "00:00") fromTime.clear();
+    if (toTime == "00:00") toTime.clear();
+    step(20, [&] {
+      if (emp.empty()) emp = trim(HREnvironment::session().EmployeeCode());
+    });
+    std::optional<DateTime> first = diary::dateOf(std::string_view(from));
+    if (!first || emp.empty()) return;
+    std::string dayType;
+    step(30, [&] { dayType = gfncDiaryDayType(type); });
+    std::optional<DateTime> last = diary::dateOf(std::string_view(to));
+    if (!last) last = first;
+    if (*last < *first) return;
+
+    step(40, [&] {
+      sql = "select * from PNLEMPHST " + diary::whereVariation() + " " + "and EMP_ID = '" + sqlQuote(emp) + "'";
+      if (!seq.empty()) {
+        sql += " and SEQ_ID = '" + sqlQuote(seq) + "'";
+      } else if (checkAllJobs != "Y") {
+        sql += includeAbsentPosts ? " and STATUS_ID in ('R', 'A')" : " and STATUS_ID in ('R')";
+      }
+      sql += " order by PNL_CAT_ID asc";
+    });
+    std::shared_ptr<const Recordset> posts;
+    step(50, [&] {
+      gsubDiarySetUp(patterns);
+      posts = patterns.rows(sql);
+    });
+    DiaryTrace* observer = patterns.trace();
+    if (!posts) {
+      // The posts cannot be read: the absence is counted once for the post given.
+      step(60, [&] {
+        double days = 0;
+        double hours = 0;
+        gfncDiaryDayHourCount("", "", dayType, emp, seq, first->house(), fromHalf, fromTime, last->house(), toHalf,
+                              toTime, days, hours, patterns, "N", wholeDaysOnly);
+        totalDays = days;
+        totalHours = hours;
+      });
+      return;
+    }
+    const Recordset& rs = *posts;
+    const int catField = rs.fieldIndex("PNL_CAT_ID");
+    const int seqField = rs.fieldIndex("SEQ_ID");
+    const int hoursField = rs.fieldIndex("hours_per_week");
+    const int wpField = rs.fieldIndex("WP_START_DATE");
+    const int startField = rs.fieldIndex("START_DATE");
+    const int endField = rs.fieldIndex("END_DATE");
+    auto field = [&rs](long row, int index) { return index >= 0 ? rs.at(row, index) : Value(); };
+    for (long row = 0; row < rs.rowCount(); ++row) {
+      step(70, [&] {
+        catId = norm(field(row, catField).text());
+        seqId = norm(field(row, seqField).text());
+        const bool zeroHours = val(field(row, hoursField).text()) == 0;
+        std::optional<DateTime> anchor = diary::dateOf(field(row, wpField));
+        wpStart = anchor ? anchor->house() : "NONE";
+        DateTime postFrom = *first;
+        DateTime postTo = *last;
+        std::string skipped;
+        if (std::optional<DateTime> start = diary::dateOf(field(row, startField))) {
+          testDate = start->house();
+          if (*start > postTo) {
+            skipped = "post starts after the absence";
+          } else if (*start > postFrom) {
+            postFrom = *start;
+          }
+        }
+        if (std::optional<DateTime> end = diary::dateOf(field(row, endField)); end && skipped.empty()) {
+          testDate = end->house();
+          if (*end < postFrom) {
+            skipped = "post ended before the absence";
+          } else if (*end < postTo) {
+            postTo = *end;
+          }
+        }
+        if (skipped.empty() && postFrom > postTo) skipped = "post not current during the absence";
+        if (skipped.empty() && zeroHours) skipped = "zero-hours post";
+        calculate = skipped.empty();
+        if (observer != nullptr) observer->post(PostNote{seqId, catId, postFrom, postTo, calculate, skipped});
+        if (!calculate) return;
+        double days = 0;
+        double hours = 0;
+        // The absence's half markers and times go with the post's dates as
+        // they stand.
+        gfncDiaryDayHourCount(catId, wpStart, dayType, emp, seqId, postFrom.house(), fromHalf, fromTime,
+                              postTo.house(), toHalf, toTime, days, hours, patterns, "N", wholeDaysOnly);
+        totalDays += days;
+        totalHours += hours;
+      });
+    }
+  });
+  if (logging) trace("gfncDiaryNoOfDays : End " + numberText(totalDays));
+  return totalDays;
+}
+
+}  // namespace orvalis

@@ -1,0 +1,115 @@
+// PatternSet: the working-pattern tables of one report run.
+//
+// The diary reads four tables over and over while a report walks its
+// absences: the working-pattern categories (PNLCAT), the worked slots of the
+// fixed rotating patterns (PNLCATFWP), the categories' non-working periods
+// (PNLCATNW) and the bank holidays (ADMBNKHOL). A PatternSet holds those
+// four recordsets, opened once by gsubDiarySetUp, and the hash indexes that
+// replace filtering them: categories by CODE_ID, fixed-pattern rows by
+// category, week and day, non-working periods by category, and the set of
+// bank-holiday dates. One PatternSet is created per run and passed by
+// reference through every diary call.
+//
+// It also keeps, for the same run, the rows of the few per-post statements
+// the diary repeats for every date (the post's category, weekly hours and
+// rotation anchor, the posts of an absence, a category's days per week): the
+// first execution of a statement text is remembered and later executions of
+// the same text return the same rows. setStatementCache(false) turns that
+// off. Keys compare trimmed and upper-cased, as the original's recordset
+// filters did.
+//
+// Owns its recordsets and indexes; not thread-safe (one run, one thread).
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "runtime/date_time.h"
+#include "runtime/recordset.h"
+
+namespace orvalis {
+
+class DiaryTrace;
+
+// One PNLCAT row, read once.
+struct CategoryPattern {
+  long row = -1;             // storage row in the PNLCAT recordset
+  std::string variationId;   // trimmed; empty means "not found"
+  std::string nwdId;         // NWD_ID, trimmed and upper-cased
+  std::string fwp;           // FWP, trimmed and upper-cased
+  std::optional<DateTime> startDate;
+  std::string startDateText;
+  int length = 0;            // LENGTH read as a whole number with "0" in front
+  std::optional<DateTime> endDate;  // nothing: open-ended (31/12/2999)
+  std::string endDateText;
+  std::array<std::string, 7> workDay;  // mon_work_day ... sun_work_day, trimmed and upper-cased
+};
+
+// One worked PNLCATFWP row.
+struct PatternSlot {
+  long row = -1;
+  std::string timeId;  // TIME_ID, trimmed and upper-cased
+  std::string hoursText;
+  std::string startTime;
+  std::string endTime;
+};
+
+class PatternSet {
+ public:
+  enum class Table { Categories, FixedPattern, NonWorking, BankHolidays };
+
+  PatternSet();
+  ~PatternSet();
+  PatternSet(const PatternSet&) = delete;
+  PatternSet& operator=(const PatternSet&) = delete;
+
+  bool isOpen(Table t) const;
+  bool allOpen() const;
+  const Recordset& recordset(Table t) const;
+  // Installs an open recordset for one table (a caller's own statement) and
+  // indexes it; gsubDiarySetUp leaves an open table alone.
+  void assign(Table t, Recordset rs);
+
+  // ---- Lookups over the open tables (a closed table finds nothing) ----
+  // The category's PNLCAT row, or nullptr.
+  const CategoryPattern* category(std::string_view code) const;
+  // The worked slots of a category for a week and day of its rotation.
+  const std::vector<PatternSlot>& slots(std::string_view category, std::string_view week,
+                                        std::string_view day) const;
+  bool inNonWorkingPeriod(std::string_view category, DateTime date) const;
+  bool isBankHoliday(DateTime date) const;
+
+  // ---- Statements repeated within the run ----
+  // The rows of sql (run once per distinct text while the cache is on);
+  // nullptr when the statement could not be opened. Read them with
+  // Recordset::at(); the cursor of a shared result is not to be moved.
+  std::shared_ptr<const Recordset> rows(const std::string& sql);
+  void setStatementCache(bool on);
+
+  // ---- Explanation hook ----
+  DiaryTrace* trace() const { return trace_; }
+  void setTrace(DiaryTrace* trace) { trace_ = trace; }
+
+ private:
+  void index(Table t);
+
+  std::array<Recordset, 4> tables_;
+  std::unordered_map<std::string, CategoryPattern> categories_;
+  std::unordered_map<std::string, std::vector<PatternSlot>> slots_;
+  std::unordered_map<std::string, std::vector<std::pair<int64_t, int64_t>>> nonWorking_;
+  std::unordered_set<int64_t> bankHolidays_;
+
+  bool cacheStatements_ = true;
+  std::unordered_map<std::string, std::shared_ptr<const Recordset>> statements_;
+  DiaryTrace* trace_ = nullptr;
+};
+
+}  // namespace orvalis

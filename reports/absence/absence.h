@@ -1,0 +1,25 @@
+// Absence ("ORVALIS.Absence"): the absence listing and the absence analyses.
+//
+// The class shell: the report's extracts are added here as they are built.
+// Until then it recognises no method name, so ExtractData returns False
+// after the common entry steps, as for any unknown method.
+// Errors go to the host's error component.
+//
+// Single-threaded.
+#pragma once
+
+#include <string>
+
+#include "component/report_class.h"
+
+namespace orvalis::reports {
+
+class Absence final : public ReportClass {
+ public:
+  Absence() : ReportClass("Absence", Handler::ErrorComponent) {}
+
+ protected:
+  bool recognises(const std::string& method) const override;
+};
+
+}  // namespace orvalis::reports

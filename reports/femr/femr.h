@@ -1,0 +1,25 @@
+// FEMR ("ORVALIS.FEMR"): the fair employment monitoring return.
+//
+// The class shell: the report's extracts are added here as they are built.
+// Until then it recognises no method name, so ExtractData returns False
+// after the common entry steps, as for any unknown method.
+// Errors go to the host's error component.
+//
+// Single-threaded.
+#pragma once
+
+#include <string>
+
+#include "component/report_class.h"
+
+namespace orvalis::reports {
+
+class FEMR final : public ReportClass {
+ public:
+  FEMR() : ReportClass("FEMR", Handler::ErrorComponent) {}
+
+ protected:
+  bool recognises(const std::string& method) const override;
+};
+
+}  // namespace orvalis::reports

@@ -1,0 +1,296 @@
+#include "reports/sir_he/sir_he.h"
+
+#include "component/class_registry.h"
+#include "component/ttx_file.h"
+#include "data/control.h"
+#include "data/data_functions.h"
+#include "data/hr_environment.h"
+#include "data/sql_text.h"
+#include "reports/sir_he/hesa_fields.h"
+#include "runtime/basic_date.h"
+#include "runtime/basic_string.h"
+#include "runtime/xml_rowset.h"
+
+namespace orvalis::reports {
+
+using namespace hesa;
+
+namespace {
+
+// The house date format the component writes dates in.
+constexpr const char* kDateFormat = "DD/MM/YYYY";
+
+std::string dateText(const Value& v) {
+  if (v.isDate()) return formatDate(v.asDate(), kDateFormat);
+  return trim(v.text());
+}
+
+// A date as the database's sortable date text ("YYYY-MM-DD"), which the
+// return-period settings are stored in; other values as their text.
+std::string storedDateText(const Value& v) {
+  if (v.isDate()) return v.asDate().iso();
+  return trim(v.text());
+}
+
+// The text cut to `size` characters (whole UTF-8 sequences).
+std::string_view fitted(std::string_view text, long size) {
+  if (size <= 0 || static_cast<long>(text.size()) <= size) return text;
+  long chars = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if ((static_cast<unsigned char>(text[i]) & 0xC0) == 0x80) continue;
+    if (chars == size) return text.substr(0, i);
+    ++chars;
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string SIR_HE::drivingSql(const std::string& variation) {
+  return std::string("SELECT EMP_ID, DATE_BIRTH, SEX_ID, HESA_ID, KNOWNAS FROM PNLEMPMST ") +
+         "WHERE PNLEMPMST.VARIATION_ID = '" + sqlQuote(variation) + "' " +
+         "ORDER BY PNLEMPMST.TEMPLATE_ID, PNLEMPMST.CAT_ID, PNLEMPMST.EMP_ID";
+}
+
+void SIR_HE::resetWorkingState() {
+  ReportClass::resetWorkingState();
+  reportName_.clear();
+  sql_.clear();
+  lookups_ = HesaLookups();
+  personChecks_.clear();
+  contractChecks_.clear();
+}
+
+// Every name runs the sequence; only "01" and "SIR_DATA" get a driving
+// query, so any other name returns the empty layout and False.
+bool SIR_HE::recognises(const std::string&) const { return true; }
+
+void SIR_HE::runExtract(const std::string& method, Recordset& rsData, Steps& step, bool& result) {
+  step(6, [&] {
+    reportName_ = method;
+    sql_.clear();
+    if (method == "01" || method == kReportName) {
+      reportName_ = kReportName;
+      sql_ = drivingSql(gfncCompanyCode());
+    }
+  });
+  bool created = false;
+  step(7, [&] { created = createBaseRecordset(method, rsData); });
+  if (created) step(8, [&] { result = fncBaseLoop(reportName_, rsData); });
+  if (result) step(9, [&] { gsubWriteTTX(&rsData, "", true); });
+}
+
+bool SIR_HE::createBaseRecordset(const std::string&, Recordset& rsData) {
+  rsData = Recordset();
+  for (const ResultField& f : kResultFields) rsData.appendField(f.name, ado::adChar, f.size);
+  rsData.open();
+  return rsData.isOpen();
+}
+
+void SIR_HE::dumpVariables(Dump& dump) const { dump.item("STRSQL = ", sql_); }
+
+hesa::RecordReads SIR_HE::recordReads() const {
+  if (reads_) return *reads_;
+  std::string chosen = ucase(trim(HREnvironment::session().GlobalVariable("HESA_READS").text()));
+  return chosen == "PEREMPLOYEE" ? RecordReads::PerEmployee : RecordReads::Batched;
+}
+
+bool SIR_HE::fncBaseLoop(const std::string& reportName, Recordset& rsData) {
+  bool result = false;
+  std::string empId;
+  std::unique_ptr<HesaRecordSource> source;
+  Procedure proc(Handler::Block, componentNames().reports, className(), "fncBaseLoop");
+  proc.variables([&] {
+    return Dump()
+        .item("STRMETHODNAME:", reportName)
+        .item("STREMP_ID:", empId)
+        .item("STRSQL = ", source ? source->sql() : sql_)
+        .text();
+  });
+  proc.run([&](Steps& step) {
+    const std::string variation = gfncCompanyCode();
+    step(1, [&] { lookups_.subSetupLabelsCollection(variation); });
+    step(2, [&] { lookups_.subSetupXRefCollection(variation); });
+
+    Recordset& drv = driving();
+    bool any = false;
+    step(3, [&] { any = gfncOpenRecordset(sql_, drv) && drv.recordCount() > 0; });
+    if (!any) return;
+
+    int cEmp = -1, cBirth = -1, cSex = -1, cHesa = -1, cKnown = -1;
+    step(4, [&] {
+      cEmp = drv.fieldIndex("EMP_ID");
+      cBirth = drv.fieldIndex("DATE_BIRTH");
+      cSex = drv.fieldIndex("SEX_ID");
+      cHesa = drv.fieldIndex("HESA_ID");
+      cKnown = drv.fieldIndex("KNOWNAS");
+      std::vector<std::string> ids;
+      ids.reserve(static_cast<size_t>(drv.recordCount()));
+      for (drv.moveFirst(); !drv.eof(); drv.moveNext()) ids.push_back(trim(drv.get(cEmp).text()));
+      source = makeRecordSource(recordReads(), variation, std::move(ids));
+    });
+
+    size_t position = 0;
+    step(5, [&] {
+      for (drv.moveFirst(); !drv.eof(); drv.moveNext(), ++position) {
+        Employee e;
+        e.empId = trim(drv.get(cEmp).text());
+        empId = e.empId;
+        e.knownAs = trim(drv.get(cKnown).text());
+        e.dateBirth = dateText(drv.get(cBirth));
+        e.sexId = trim(drv.get(cSex).text());
+        e.hesaId = trim(drv.get(cHesa).text());
+        source->employee(position, e.empId);
+        checkEmployee(reportName, e, *source, rsData);
+      }
+      result = true;
+    });
+  });
+  return result;
+}
+
+void SIR_HE::checkEmployee(const std::string& reportName, const Employee& e, HesaRecordSource& source,
+                           Recordset& rsData) {
+  bool valid = true;
+  // Through ExtractData the name is always "SIR_DATA"; the branch stays.
+  if (reportName == kValidatedName) valid = fncValidRecord(reportName, e.empId);
+  if (!valid) return;
+
+  if (!source.personExists()) {
+    valid = false;
+    addRow(rsData, reportName, e, kPersonRecord, "", "", "", kNoPersonRecord);
+  }
+  if (valid) {
+    RecordRows person = source.person();
+    if (e.dateBirth.empty()) {
+      addRow(rsData, reportName, e, kPersonRecord, "BIRTHDATE", lookups_.label(kBirthDateLabel), "",
+             kFieldIsEmpty);
+    }
+    if (e.sexId.empty()) {
+      addRow(rsData, reportName, e, kPersonRecord, "GENDER", lookups_.label(kGenderLabel), "", kFieldIsEmpty);
+    }
+    checkRecords(kPersonTable, person, e, reportName, rsData);
+  }
+
+  // A missing person record does not stop the contract checks.
+  valid = source.contractsExist();
+  if (!valid) {
+    addRow(rsData, reportName, e, kContractRecord, "", "", "", kNoContractRecords);
+    return;
+  }
+  checkRecords(kContractTable, source.contracts(), e, reportName, rsData);
+}
+
+void SIR_HE::checkRecords(const char* table, const RecordRows& records, const Employee& e,
+                          const std::string& reportName, Recordset& rsData) {
+  const bool contract = std::string_view(table) == kContractTable;
+  const std::vector<ColumnCheck>& checks = columnChecks(table, records);
+  const int seqColumn = contract ? records.rs->fieldIndex("SEQ_ID") : -1;
+  for (long row : records.rows) {
+    std::string recordType = contract ? kContractPrefix + trim(records.rs->textAt(row, seqColumn)) : kPersonRecord;
+    for (size_t i = 0; i < checks.size(); ++i) {
+      const ColumnCheck& check = checks[i];
+      std::string value = trim(records.rs->textAt(row, records.firstColumn + static_cast<int>(i)));
+      const char* defect = nullptr;
+      if (value.empty()) {
+        defect = kFieldIsEmpty;
+      } else if (check.coded && HesaLookups::description(check.codes, value).empty()) {
+        defect = kInvalidValue;
+      }
+      if (defect != nullptr) addRow(rsData, reportName, e, recordType, check.name, check.label, value, defect);
+    }
+    // The staff identifier is reported once per contract.
+    if (contract && e.hesaId.empty()) {
+      addRow(rsData, reportName, e, recordType, "STAFF_ID", lookups_.label(kStaffIdLabel), "", kFieldIsEmpty);
+    }
+  }
+}
+
+const std::vector<SIR_HE::ColumnCheck>& SIR_HE::columnChecks(const char* table, const RecordRows& records) {
+  std::vector<ColumnCheck>& checks = std::string_view(table) == kContractTable ? contractChecks_ : personChecks_;
+  const Recordset& rs = *records.rs;
+  const size_t count = static_cast<size_t>(records.endColumn - records.firstColumn);
+  bool same = checks.size() == count;
+  for (size_t i = 0; same && i < count; ++i) {
+    same = checks[i].name == rs.field(records.firstColumn + static_cast<int>(i)).name;
+  }
+  if (same) return checks;
+
+  checks.clear();
+  for (int c = records.firstColumn; c < records.endColumn; ++c) {
+    ColumnCheck check;
+    check.name = rs.field(c).name;
+    const std::string key = std::string(table) + "." + check.name;
+    check.label = lookups_.label(key);
+    std::string codeTable = ucase(trim(lookups_.codeTable(table, check.name)));
+    check.coded = !codeTable.empty() && codeTable != kMasterTable;
+    check.codes = lookups_.codes(key);
+    checks.push_back(std::move(check));
+  }
+  return checks;
+}
+
+void SIR_HE::addRow(Recordset& rsData, const std::string& reportName, const Employee& e,
+                    std::string_view recordType, std::string_view fieldId, std::string_view fieldDesc,
+                    std::string_view value, std::string_view error) {
+  const std::string_view texts[] = {reportName, e.empId, e.knownAs, recordType, fieldId, fieldDesc, value, error};
+  rsData.addNew();
+  for (int i = 0; i < static_cast<int>(std::size(texts)); ++i) {
+    rsData.set(i, Value(fitted(texts[i], kResultFields[i].size)));
+  }
+}
+
+bool SIR_HE::fncValidRecord(const std::string& reportName, const std::string& empId) {
+  bool result = true;
+  std::string sql;
+  Procedure proc(Handler::Block, componentNames().reports, className(), "fncValidRecord");
+  proc.variables([&] { return Dump().item("STREMP_ID:", empId).item("STRSQL = ", sql).text(); });
+  proc.run([&](Steps& step) {
+    if (reportName != kReportName) return;
+    std::string start, end;
+    step(1, [&] {
+      start = gfncGetControlValue("", "PNL", "SIRSTARTDT");
+      end = gfncGetControlValue("", "PNL", "SIRENDDT");
+    });
+    const std::string condition = "WHERE VARIATION_ID = '" + sqlQuote(gfncCompanyCode()) + "' " +
+                                  "AND EMP_ID = '" + sqlQuote(empId) + "' " + "AND STATUS_ID = 'L'";
+    bool leftBefore = false;
+    step(2, [&] {
+      sql = "SELECT DATE_LEFT FROM PNLEMPMST " + condition;
+      Recordset rs;
+      leftBefore = gfncOpenRecordset(sql, rs) && !rs.eof() && storedDateText(rs.get(0)) < start;
+    });
+    if (leftBefore) {
+      result = false;
+      return;
+    }
+    step(3, [&] {
+      // The leaver condition again: the start-date test applies to leavers
+      // only, and current staff are always members.
+      sql = "SELECT DATE_START FROM PNLEMPMST " + condition;
+      Recordset rs;
+      if (!gfncOpenRecordset(sql, rs) || rs.eof()) return;
+      result = !(storedDateText(rs.get(0)) > end);
+    });
+  });
+  return result;
+}
+
+bool SIR_HE::ExtractStringData(std::shared_ptr<Environment> environment, std::string_view methodName,
+                               const Parameters& parameters, std::string& strData) {
+  bool result = false;
+  const std::string method(methodName);
+  Procedure proc(Handler::Block, componentNames().reports, className(), "ExtractStringData");
+  proc.variables([&] { return Dump().item("STRMETHODNAME:", method).item("STRDATA:", strData).text(); });
+  proc.run([&](Steps& step) {
+    Recordset rs;
+    step(1, [&] { result = ExtractData(environment, method, parameters, rs); });
+    step(2, [&] { strData = result ? recordsetXmlText(rs) : std::string(); });
+    step(3, [&] { rs.close(); });
+  });
+  return result;
+}
+
+ORVALIS_REPORT_CLASS(SIR_HE, "ExtractData", "ExtractStringData")
+
+}  // namespace orvalis::reports

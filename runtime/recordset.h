@@ -1,0 +1,176 @@
+// Recordset: the in-memory, disconnected rowset every extract returns.
+//
+// It stands in for a client-side ADO recordset: fields are appended with a
+// name, an ADO type number, a defined size and attributes; rows are added
+// with addNew() and read through a cursor (moveFirst/moveNext/eof/bof) or by
+// row number. A filter and a sort change which rows the cursor visits and in
+// what order, never the rows themselves. Field names are matched without
+// regard to case, as ADO does.
+//
+// Values written to a field are converted to the field's type as ADO does
+// (a number written to a text field is stored as its text, a date text
+// written to a date field as a date); a value that cannot be converted
+// raises ADO's "Multiple-step operation generated errors" (-2147217887). A
+// blank text written to a number, date or Boolean field stores Null.
+//
+// Cursor: after open() and after a filter or sort is set the cursor is on the
+// first visible row; with no rows BOF and EOF are both true. moveNext at EOF
+// and movePrevious at BOF raise 3021 as ADO does; moveFirst and moveLast on
+// an empty recordset leave it at BOF/EOF.
+//
+// Storage: cells are 16-byte tagged values; texts up to 14 bytes live in the
+// cell, longer ones in a per-recordset text arena. Rows are held in chunks
+// of 1024, so a large recordset never holds more than one partly used chunk.
+//
+// A Recordset owns its rows. It is movable and copyable (a copy is a
+// snapshot), and thread-compatible: one thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "runtime/ado.h"
+#include "runtime/value.h"
+
+namespace orvalis {
+
+struct FieldDef {
+  std::string name;
+  int type = ado::adVarChar;  // ADO DataTypeEnum number
+  long definedSize = 0;       // -1 or 0 for unlimited text
+  int attributes = ado::kDefaultAttributes;
+  int precision = 0;     // numeric precision, where the source reports one
+  int numericScale = 0;  // numeric scale, where the source reports one
+
+  bool nullable() const { return (attributes & (ado::adFldIsNullable | ado::adFldMayBeNull)) != 0; }
+};
+
+class Recordset {
+ public:
+  Recordset();
+  ~Recordset();
+  Recordset(const Recordset&);
+  Recordset& operator=(const Recordset&);
+  Recordset(Recordset&&) noexcept;
+  Recordset& operator=(Recordset&&) noexcept;
+
+  // ---- Layout (before open) ----
+  void appendField(std::string name, int type, long definedSize,
+                   int attributes = ado::kDefaultAttributes);
+  void appendField(FieldDef field);
+  const std::vector<FieldDef>& fields() const;
+  int fieldCount() const;
+  // Index of the field with this name (any case), or -1.
+  int fieldIndex(std::string_view name) const;
+  const FieldDef& field(int index) const;
+
+  // Open makes the recordset usable; a recordset from a driver is open.
+  void open();
+  void close();
+  bool isOpen() const;
+
+  // ---- Rows and cursor ----
+  // Appends a row of Null values and makes it current.
+  void addNew();
+  // Deletes the current row (ADO's Delete): it leaves the visible rows and
+  // recordCount() at once; the cursor stays on the deleted row (reading it
+  // raises 3021) until it moves. The row keeps its storage number and is
+  // skipped by filters, sorts and RowIndex.
+  void deleteCurrent();
+  bool isDeleted(long row) const;
+  // Room for this many rows in all (optional; for bulk fills).
+  void reserve(long rows);
+  // Rows visible through the current filter.
+  long recordCount() const;
+  bool eof() const;
+  bool bof() const;
+  void moveFirst();
+  void moveNext();
+  void movePrevious();
+  void moveLast();
+  // 1-based position of the cursor among the visible rows (0 at BOF/EOF).
+  long absolutePosition() const;
+
+  // Current row's value. Unknown names raise ADO's "Item cannot be found"
+  // (3265); no current row raises 3021.
+  Value get(int index) const;
+  Value get(std::string_view name) const;
+  void set(int index, Value v);
+  void set(std::string_view name, Value v);
+
+  // ---- Direct row access (row numbers are storage order, 0-based) ----
+  long rowCount() const;  // all stored rows, ignoring the filter
+  Value at(long row, int index) const;
+  void setAt(long row, int index, Value v);
+  // at(row, index).text() without building a Value (for keys and lookups).
+  std::string textAt(long row, int index) const;
+  bool isNullAt(long row, int index) const;
+  // Storage row number of the cursor's row, or -1.
+  long currentRow() const;
+  // Moves the cursor to a storage row (which must be visible).
+  void moveToRow(long row);
+
+  // ---- Filter and sort ----
+  // ADO filter syntax: "FIELD op value" clauses joined by AND / OR (AND
+  // binds tighter), with brackets; FIELD may be written [Field Name]; op one
+  // of = <> < > <= >= LIKE (and IS [NOT] NULL); values 'text' ('' for a
+  // quote), #date# (read day first like every date text here), numbers or
+  // NULL ("FIELD = NULL", "FIELD <> NULL"); LIKE takes * or % wildcards.
+  // Texts compare without regard to case, as ADO does; a text field compared
+  // with a number or date compares as one when its text reads as one. Null
+  // fields match only "= NULL". "" clears the filter. The cursor moves to the
+  // first visible row. Bad syntax raises 3001; an unknown field 3265.
+  void setFilter(std::string_view criteria);
+  const std::string& filter() const;
+  // "FIELD [ASC|DESC], ..."; "" restores storage order. Stable. Null sorts
+  // first ascending; texts compare without regard to case; numbers and
+  // dates before texts when a field holds both.
+  void setSort(std::string_view sort);
+  const std::string& sort() const;
+
+  // Bytes held by the rows (for measurement).
+  size_t memoryUsage() const;
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+// A hash index over one or more key columns of a recordset, built once and
+// then probed: the portable form of the original's "filter the recordset by
+// code" lookups. Keys compare as the trimmed text of the values joined by
+// '\x1f', without regard to case (as the ADO filter they replace did). The
+// index refers to storage rows and skips deleted ones; it does not follow
+// later edits. Probing with a single key does not allocate.
+class RowIndex {
+ public:
+  RowIndex() = default;
+  RowIndex(const Recordset& rs, const std::vector<std::string>& keyFields);
+
+  // Storage rows with this key, in storage order (empty when none).
+  const std::vector<long>& find(std::string_view key) const;
+  const std::vector<long>& find(const std::vector<std::string>& keyParts) const;
+  // First row with this key, or -1.
+  long first(std::string_view key) const;
+  size_t size() const { return rows_.size(); }
+
+  static std::string makeKey(const std::vector<std::string>& parts);
+
+ private:
+  // Case-blind hashing and equality, usable with std::string_view probes.
+  struct NoCaseHash {
+    using is_transparent = void;
+    size_t operator()(std::string_view s) const;
+  };
+  struct NoCaseEqual {
+    using is_transparent = void;
+    bool operator()(std::string_view a, std::string_view b) const;
+  };
+  std::unordered_map<std::string, std::vector<long>, NoCaseHash, NoCaseEqual> rows_;
+};
+
+}  // namespace orvalis

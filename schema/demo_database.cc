@@ -1,0 +1,198 @@
+#include "schema/demo_database.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+
+#include "runtime/clock.h"
+#include "runtime/error.h"
+#include "schema/demo_calendar.h"
+#include "schema/demo_tables.h"
+#include "schema/schema.h"
+
+namespace orvalis {
+
+namespace demo {
+
+void Writer::rows(const std::string& table, const std::vector<std::string>& columns, size_t count,
+                  const std::function<void(size_t, Row&)>& fill) {
+  size_t next = 0;
+  stream(table, columns, [&](Row& row) {
+    if (next >= count) return false;
+    fill(next++, row);
+    return true;
+  });
+}
+
+void Writer::stream(const std::string& table, const std::vector<std::string>& columns,
+                    const std::function<bool(Row&)>& next) {
+  long sinceReport = 0;
+  long written = connection_.bulkInsert(table, columns, [&](std::vector<Value>& values) {
+    for (Value& v : values) v = Value();
+    Row row(values);
+    if (!next(row)) return false;
+    if (++sinceReport == 20000) {
+      onRows_(sinceReport, table);
+      sinceReport = 0;
+    }
+    return true;
+  });
+  onRows_(sinceReport, table);
+  auto it = std::find_if(report_.tables.begin(), report_.tables.end(),
+                         [&](const auto& entry) { return entry.first == table; });
+  if (it == report_.tables.end()) {
+    report_.tables.emplace_back(table, written);
+  } else {
+    it->second += written;
+  }
+}
+
+}  // namespace demo
+
+namespace {
+
+long long databaseSize(Connection& connection) {
+  try {
+    std::string sql = schemaEngineOf(connection.provider()) == SchemaEngine::SQLite
+                          ? "select page_count * page_size from pragma_page_count(), pragma_page_size()"
+                          : "select pg_database_size(current_database())";
+    Recordset rs = connection.query(sql);
+    if (rs.eof()) return -1;
+    return static_cast<long long>(rs.get(0).toDouble());
+  } catch (const Error&) {
+    return -1;
+  }
+}
+
+}  // namespace
+
+long DemoReport::totalRows() const {
+  long total = 0;
+  for (const auto& [table, rows] : tables) total += rows;
+  return total;
+}
+
+long DemoReport::rowsOf(const std::string& table) const {
+  for (const auto& [name, rows] : tables) {
+    if (name == table) return rows;
+  }
+  return 0;
+}
+
+DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options) {
+  using Clock = std::chrono::steady_clock;
+  const auto started = Clock::now();
+  if (options.employees < options.companies || options.companies < 1) {
+    throw Error(err::kInvalidProcedureCall, "ORVALIS.Demo",
+                "the demo database needs at least one company and one employee per company");
+  }
+  if (schemaExists(connection)) {
+    if (!options.replace) {
+      throw Error(err::kDatabase, "ORVALIS.Demo",
+                  "the database already holds the HR schema (use --replace to drop and recreate it)");
+    }
+    dropSchema(connection);
+  }
+  createSchema(connection);
+
+  auto progress = [&](double share, const std::string& table) {
+    if (options.progress) options.progress(std::min(1.0, share), table);
+  };
+  progress(0, "generating");
+
+  demo::Context ctx;
+  ctx.seed = options.seed;
+  ctx.asOf = (options.asOf ? *options.asOf : clock::now()).datePart().days();
+  const int asOfYear = demo::yearOf(ctx.asOf);
+  ctx.windowStart = demo::dayOf(asOfYear - 2, 1, 1);
+  ctx.windowEnd = ctx.asOf + 60;
+  ctx.firstYear = asOfYear - 36;
+  ctx.lastYear = asOfYear + 1;
+  for (int year = ctx.firstYear; year <= ctx.lastYear; ++year) {
+    for (const demo::BankHoliday& b : demo::bankHolidays(year)) ctx.bankHolidays.insert(b.day);
+  }
+  ctx.nextNote = demo::kSharedNotes + 1;
+
+  std::vector<demo::Company> companies;
+  double estimate = 0;
+  for (int c = 0; c < options.companies; ++c) {
+    int share = options.employees / options.companies + (c < options.employees % options.companies ? 1 : 0);
+    companies.push_back(demo::generateCompany(ctx, c, share));
+    const demo::Company& co = companies.back();
+    estimate += 9.5 * static_cast<double>(co.employees.size()) + 2.5 * static_cast<double>(co.posts.size()) +
+                static_cast<double>(co.absences.size()) + 6000;
+  }
+
+  DemoReport report;
+  report.asOf = DateTime::fromDays(ctx.asOf).iso();
+  report.companies = options.companies;
+  report.employees = options.employees;
+  double written = 0;
+  demo::Writer writer(connection, report, [&](long rows, const std::string& table) {
+    written += static_cast<double>(rows);
+    progress(written / estimate, table);
+  });
+
+  connection.begin();
+  try {
+    demo::writeSharedTables(writer, ctx, companies);
+    for (const demo::Company& co : companies) {
+      demo::writeReferenceTables(writer, ctx, co);
+      demo::writePeopleTables(writer, ctx, co, report.defects);
+    }
+    connection.commit();
+  } catch (...) {
+    try {
+      connection.rollback();
+    } catch (...) {
+      // Report the first failure.
+    }
+    throw;
+  }
+  progress(1, "analysing");
+  if (schemaEngineOf(connection.provider()) == SchemaEngine::SQLite) {
+    connection.execute("ANALYZE");
+  } else {
+    for (const TableDef& t : schemaModel().tables) connection.execute("ANALYZE " + t.name);
+  }
+  progress(1, "done");
+
+  report.databaseBytes = databaseSize(connection);
+  report.seconds = std::chrono::duration<double>(Clock::now() - started).count();
+  return report;
+}
+
+std::string demoSummary(const DemoReport& report) {
+  std::vector<std::pair<std::string, long>> tables = report.tables;
+  std::stable_sort(tables.begin(), tables.end(), [](const auto& a, const auto& b) { return a.second > b.second; });
+  auto number = [](long long n) {
+    std::string digits = std::to_string(n), out;
+    for (size_t i = 0; i < digits.size(); ++i) {
+      if (i > 0 && (digits.size() - i) % 3 == 0) out += ',';
+      out += digits[i];
+    }
+    return out;
+  };
+  std::string text = "wrote " + number(report.totalRows()) + " rows in " + std::to_string(tables.size()) +
+                     " tables for " + number(report.employees) + " employees in " +
+                     std::to_string(report.companies) + " companies as of " + report.asOf + " (";
+  for (size_t i = 0; i < tables.size() && i < 8; ++i) {
+    text += (i ? ", " : "") + tables[i].first + " " + number(tables[i].second);
+  }
+  char tail[160];
+  std::snprintf(tail, sizeof tail, ", ...) in %.1f s", report.seconds);
+  text += tail;
+  if (report.databaseBytes >= 0) {
+    std::snprintf(tail, sizeof tail, "; database %.1f MB", static_cast<double>(report.databaseBytes) / 1048576.0);
+    text += tail;
+  }
+  const DemoDefects& d = report.defects;
+  text += "; deliberate defects: " + number(d.hesaPersonMissing) + " HESA person and " +
+          number(d.hesaContractsMissing) + " contract records missing, " + number(d.hesaIdMissing) +
+          " HESA ids missing, " + number(d.hesaEmptyFields) + " empty and " + number(d.hesaInvalidCodes) +
+          " invalid HESA codes, " + number(d.genderMissing) + " genders and " + number(d.birthDateMissing) +
+          " birth dates missing";
+  return text;
+}
+
+}  // namespace orvalis

@@ -1,0 +1,80 @@
+// The demo HR database: a realistic, deterministic data set for trying the
+// reports and measuring them.
+//
+// buildDemoDatabase() creates the schema on a connection (SQLite or
+// PostgreSQL) and fills it: for each company the code tables, jobs, grades,
+// working patterns, bank holidays, control parameters, payroll calendar and
+// batches; employees with posts, addresses, absences, holiday years, salary
+// and pension records, HESA person and contract records, vacancies and
+// applicants; and, shared by the companies, users with their rights, stored
+// queries and notes. The same options (seed, sizes and as-of date) give the
+// same database on every run and platform.
+//
+// A few defects are put in on purpose, as real data has them (empty and
+// invalid HESA codes, missing HESA records and staff identifiers, employees
+// without gender or birth date); the report counts them. Every other code
+// exists in its code table, every post lies within its employment and every
+// absence within its post.
+//
+// Runs on the caller's thread; the connection is borrowed.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "data/connection.h"
+#include "runtime/date_time.h"
+
+namespace orvalis {
+
+struct DemoOptions {
+  int employees = 5000;  // in all companies together
+  int companies = 2;
+  uint64_t seed = 1;
+  // The day the data is "as of" (current posts, open absences, the current
+  // pay period); the process clock's today when not given.
+  std::optional<DateTime> asOf;
+  // Drop an existing schema first; without it an existing schema is an
+  // error.
+  bool replace = false;
+  // Called now and then with the share done (0 to 1) and the table being
+  // written.
+  std::function<void(double, const std::string&)> progress;
+};
+
+struct DemoDefects {
+  long hesaPersonMissing = 0;     // employees in HESA scope without a person record
+  long hesaContractsMissing = 0;  // ... without contract records
+  long hesaIdMissing = 0;         // ... without a HESA staff identifier
+  long hesaEmptyFields = 0;       // empty coded or dated HESA fields
+  long hesaInvalidCodes = 0;      // HESA codes missing from their code tables
+  long genderMissing = 0;         // employees without SEX_ID
+  long birthDateMissing = 0;      // employees without DATE_BIRTH
+};
+
+struct DemoReport {
+  std::vector<std::pair<std::string, long>> tables;  // rows written per table
+  DemoDefects defects;
+  double seconds = 0;
+  long long databaseBytes = -1;  // -1 when the engine does not say
+  std::string asOf;              // ISO date
+  int companies = 0;
+  int employees = 0;
+
+  long totalRows() const;
+  long rowsOf(const std::string& table) const;
+};
+
+// Builds the demo database. Raises orvalis::Error when the schema exists and
+// options.replace is false, for a provider without a schema, and for any
+// database failure (nothing is committed then on SQLite).
+DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options);
+
+// One line: rows per table (largest first), seconds, size and defects.
+std::string demoSummary(const DemoReport& report);
+
+}  // namespace orvalis

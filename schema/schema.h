@@ -1,0 +1,48 @@
+// The HR database schema: creating, detecting and dropping it.
+//
+// The DDL texts (schema/sqlite.sql, schema/postgresql.sql) are compiled into
+// the program. createSchema() picks the text for the connection's provider
+// ("SQLITE", or PostgreSQL natively or over ODBC), runs it in one
+// transaction and writes the data dictionary rows (ADMDDENT, ADMDDFLD)
+// derived from it (schema/dictionary_rows.h). Any other provider raises
+// orvalis::Error: the component reads SQL Server and Oracle databases but
+// does not create them.
+//
+// Free functions over a caller's connection; the parsed model is built once
+// and shared (thread-safe after first use).
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "data/connection.h"
+#include "schema/ddl_model.h"
+
+namespace orvalis {
+
+enum class SchemaEngine { SQLite, PostgreSQL };
+
+// The engine whose DDL serves a provider name; raises orvalis::Error for a
+// provider that has none.
+SchemaEngine schemaEngineOf(const std::string& provider);
+
+// The DDL text of an engine.
+std::string schemaDdl(SchemaEngine engine);
+
+// The tables and indexes of the schema (the same on every engine).
+const DdlModel& schemaModel();
+
+// Creates every table and index and fills the data dictionary.
+void createSchema(Connection& connection);
+
+// True when the connection's database (its current schema on PostgreSQL)
+// holds the schema's dictionary table ADMDDENT.
+bool schemaExists(Connection& connection);
+
+// Drops every table of the schema that exists (for re-creating it).
+void dropSchema(Connection& connection);
+
+// The tables of the schema that exist in the connection's database.
+std::vector<std::string> existingSchemaTables(Connection& connection);
+
+}  // namespace orvalis

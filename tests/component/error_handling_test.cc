@@ -1,0 +1,224 @@
+// The two error handlers: the block text, its single wrapping through
+// nested procedures, and the error component's retry / skip / leave.
+
+#include "component/error_handling.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "component/recording_error_component.h"
+#include "orvalis/version.h"
+
+namespace orvalis {
+namespace {
+
+const std::string kBlock =
+    "\r\n"
+    "********************************************\r\n"
+    " BUSINESSOBJECT ERROR \r\n"
+    "------Project:ORVALIS\r\n"
+    "------Module:ReportingData\r\n"
+    "------Function:LOCATIONS\r\n"
+    "------BO Version:" +
+    std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor) + "." +
+    std::to_string(kVersionRevision) +
+    "\r\n"
+    "------Line Number:2\r\n"
+    "------Description= no such table: PNLEMPMST \r\n"
+    "------Variables =  STRLOC_ID:L1\r\nBOLCOUNT:False\r\nSTRSQL = select 1\r\n \r\n"
+    "------Parameters =   \r\n"
+    "************************************";
+
+TEST(ErrorBlock, DumpItemsKeepTheirTexts) {
+  EXPECT_EQ(Dump().item("STRLOC_ID:", "L1").item("BOLCOUNT:", true).item("INTCOUNT:", 3).text(),
+            "STRLOC_ID:L1\r\nBOLCOUNT:True\r\nINTCOUNT:3\r\n");
+}
+
+TEST(ErrorBlock, MatchesTheHostsLayoutByteForByte) {
+  std::string vars =
+      Dump().item("STRLOC_ID:", "L1").item("BOLCOUNT:", false).item("STRSQL = ", "select 1").text();
+  EXPECT_EQ(buildErrorBlock("ORVALIS", "ReportingData", "LOCATIONS", 2, "no such table: PNLEMPMST", vars, ""),
+            kBlock);
+  EXPECT_TRUE(isWrappedDescription(kBlock));
+  EXPECT_FALSE(isWrappedDescription("\r\n*******************"));  // 19 asterisks
+  EXPECT_FALSE(isWrappedDescription("\r\n******************* plain"));
+}
+
+// A block-handler procedure that calls `inner` in its step 20.
+void blockProcedure(const std::string& name, const std::function<void()>& inner) {
+  Procedure proc(Handler::Block, "ORVALIS", "Addresses", name);
+  proc.variables([name] { return Dump().item("STRNAME:", name).text(); });
+  proc.run([&](Steps& step) {
+    step(10, [] {});
+    step(20, inner);
+  });
+}
+
+TEST(ErrorBlock, NestedProceduresWrapOnceWithTheInnermostBlock) {
+  try {
+    blockProcedure("ExtractData", [] {
+      blockProcedure("fncBaseLoop", [] {
+        blockProcedure("subAddAddressDetails",
+                       [] { throw Error(3265, "ADODB.Recordset", "Item cannot be found"); });
+      });
+    });
+    FAIL() << "the error must reach the caller";
+  } catch (const Error& e) {
+    EXPECT_EQ(e.number(), 3265);
+    EXPECT_EQ(e.source(), "ADODB.Recordset");
+    EXPECT_EQ(e.description(),
+              buildErrorBlock("ORVALIS", "Addresses", "subAddAddressDetails", 20, "Item cannot be found",
+                              "STRNAME:subAddAddressDetails\r\n", ""));
+    // Exactly one block.
+    EXPECT_EQ(e.description().find("BUSINESSOBJECT", 60), std::string::npos);
+  }
+}
+
+TEST(ErrorBlock, FailureOutsideAnyStepReportsLineZero) {
+  Procedure proc(Handler::Block, "ORVALIS", "AuditData", "ExtractData");
+  try {
+    proc.run([](Steps&) { throw Error(13, "ORVALIS", "Type mismatch"); });
+    FAIL();
+  } catch (const Error& e) {
+    EXPECT_NE(e.description().find("------Line Number:0\r\n"), std::string::npos);
+    EXPECT_NE(e.description().find("------Description= Type mismatch \r\n"), std::string::npos);
+  }
+}
+
+class ErrorComponentHandler : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    recorder = std::make_shared<ErrorRecorder>();
+    recorder->setAnswer(kAnswerLeave);
+    installRecordingErrorComponent(recorder);
+  }
+  void TearDown() override { setErrorComponentFactory(nullptr); }
+
+  // Runs steps 10, 20 and 30; step 20 fails on its first `failures` tries.
+  // Returns the steps run, in order, as text.
+  std::string runSteps(int failures, int* result = nullptr) {
+    std::string trail;
+    int value = 0;
+    int tries = 0;
+    Procedure proc(Handler::ErrorComponent, "ORVPAYBO", "HRDataFunctions", "gfncSample");
+    proc.variables([] { return Dump().item("STRSQL = ", "select 1").text(); });
+    proc.run([&](Steps& step) {
+      step(10, [&] {
+        trail += "10 ";
+        value = 1;
+      });
+      step(20, [&] {
+        trail += "20 ";
+        if (tries++ < failures) throw Error(err::kDatabase, "SQLITE", "database is locked");
+        value = 2;
+      });
+      step(30, [&] {
+        trail += "30 ";
+        value = 3;
+      });
+    });
+    if (result) *result = value;
+    return trail;
+  }
+
+  std::shared_ptr<ErrorRecorder> recorder;
+};
+
+TEST_F(ErrorComponentHandler, RetryRunsTheFailingStepAgain) {
+  recorder->setAnswers({kAnswerRetry});
+  int result = 0;
+  EXPECT_EQ(runSteps(1, &result), "10 20 20 30 ");
+  EXPECT_EQ(result, 3);
+  ASSERT_EQ(recorder->errors().size(), 1u);
+  const RecordedError& e = recorder->errors()[0];
+  EXPECT_EQ(e.component, "ORVPAYBO");
+  EXPECT_EQ(e.module, "HRDataFunctions");
+  EXPECT_EQ(e.procedure, "gfncSample");
+  EXPECT_EQ(e.number, err::kDatabase);
+  EXPECT_EQ(e.description, "database is locked");
+  EXPECT_EQ(e.line, 20);
+  EXPECT_EQ(e.variables, "STRSQL = select 1\r\n");
+  EXPECT_EQ(e.parameters, "");
+}
+
+TEST_F(ErrorComponentHandler, SkipGoesOnWithTheNextStep) {
+  recorder->setAnswers({kAnswerSkip});
+  int result = 0;
+  EXPECT_EQ(runSteps(1, &result), "10 20 30 ");
+  EXPECT_EQ(result, 3);
+}
+
+TEST_F(ErrorComponentHandler, LeaveEndsTheProcedureQuietlyWithItsCurrentResult) {
+  int result = 0;
+  EXPECT_EQ(runSteps(1, &result), "10 20 ");
+  EXPECT_EQ(result, 1);
+  EXPECT_EQ(recorder->errors().size(), 1u);
+}
+
+TEST_F(ErrorComponentHandler, AnyOtherAnswerLeavesToo) {
+  recorder->setAnswer(1);
+  EXPECT_EQ(runSteps(5), "10 20 ");
+}
+
+TEST_F(ErrorComponentHandler, LastingRetryIsCappedThenLeft) {
+  recorder->setAnswer(kAnswerRetry);
+  std::string trail = runSteps(100);
+  EXPECT_EQ(trail, "10 " + std::string("20 20 20 20 "));
+  EXPECT_EQ(recorder->errors().size(), size_t(ErrorRecorder::kMaxRetries + 1));
+  EXPECT_EQ(recorder->errors().back().answer, kAnswerLeave);
+}
+
+TEST_F(ErrorComponentHandler, LeavingANestedStepLeavesTheWholeProcedure) {
+  std::string trail;
+  Procedure proc(Handler::ErrorComponent, "ORVALIS", "Absence", "fncBaseLoop");
+  proc.run([&](Steps& step) {
+    step(10, [&] {
+      step(11, [] { throw Error(5, "ORVALIS", "Invalid procedure call"); });
+      trail += "after-inner ";
+    });
+    trail += "after-outer ";
+  });
+  EXPECT_EQ(trail, "");
+  ASSERT_EQ(recorder->errors().size(), 1u);
+  EXPECT_EQ(recorder->errors()[0].line, 11);
+}
+
+TEST_F(ErrorComponentHandler, CallerGoesOnAfterAnInnerProcedureIsLeft) {
+  std::string trail;
+  Procedure outer(Handler::ErrorComponent, "ORVALIS", "Absence", "ExtractData");
+  outer.run([&](Steps& step) {
+    step(10, [&] {
+      Procedure inner(Handler::ErrorComponent, "ORVPAYBO", "HRDataFunctions", "gfncOpenRecordset");
+      inner.run([&](Steps& s) { s(1, [] { throw Error(err::kDatabase, "SQLITE", "boom"); }); });
+      trail += "caller-continues";
+    });
+  });
+  EXPECT_EQ(trail, "caller-continues");
+  ASSERT_EQ(recorder->errors().size(), 1u);
+  EXPECT_EQ(recorder->errors()[0].procedure, "gfncOpenRecordset");
+}
+
+TEST_F(ErrorComponentHandler, RecordedErrorsAreReportedAsBlocksAndCleared) {
+  runSteps(1);
+  std::ostringstream out;
+  EXPECT_EQ(reportRecordedErrors(*recorder, out), 1u);
+  EXPECT_NE(out.str().find("------Function:gfncSample\r\n"), std::string::npos);
+  EXPECT_NE(out.str().find("------Line Number:20\r\n"), std::string::npos);
+  EXPECT_TRUE(recorder->errors().empty());
+}
+
+TEST(ErrorComponentFactory, MissingComponentCannotBeCreated) {
+  setErrorComponentFactory(nullptr);
+  try {
+    createErrorComponent();
+    FAIL();
+  } catch (const Error& e) {
+    EXPECT_EQ(e.number(), err::kClassNotRegistered);
+  }
+}
+
+}  // namespace
+}  // namespace orvalis

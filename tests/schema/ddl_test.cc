@@ -1,0 +1,132 @@
+// The schema DDL: both engines' files describe the same tables, the text
+// loads, and the dictionary rows describe every stored column.
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "runtime/basic_string.h"
+#include "runtime/error.h"
+#include "schema/ddl_text.h"
+#include "schema/dictionary_rows.h"
+#include "schema/schema.h"
+#include "support/databases.h"
+
+namespace orvalis {
+namespace {
+
+TEST(SchemaDdl, BothEnginesDeclareTheSameTablesColumnsAndKeys) {
+  DdlModel sqlite = parseDdl(sqliteDdlSource());
+  DdlModel postgres = parseDdl(postgresqlDdlSource());
+  ASSERT_EQ(sqlite.tables.size(), postgres.tables.size());
+  for (size_t i = 0; i < sqlite.tables.size(); ++i) {
+    const TableDef& a = sqlite.tables[i];
+    const TableDef& b = postgres.tables[i];
+    ASSERT_EQ(a.name, b.name);
+    ASSERT_EQ(a.columns.size(), b.columns.size()) << a.name;
+    for (size_t c = 0; c < a.columns.size(); ++c) {
+      EXPECT_EQ(a.columns[c].name, b.columns[c].name) << a.name;
+      EXPECT_EQ(a.columns[c].sqlType, b.columns[c].sqlType) << a.name << "." << a.columns[c].name;
+      EXPECT_EQ(a.columns[c].notNull, b.columns[c].notNull) << a.name << "." << a.columns[c].name;
+    }
+    EXPECT_EQ(a.primaryKey, b.primaryKey) << a.name;
+  }
+  ASSERT_EQ(sqlite.indexes.size(), postgres.indexes.size());
+}
+
+TEST(SchemaDdl, EveryCompanyTableIsKeyedByVariationAndEveryKeyColumnExists) {
+  // Tables shared by all companies.
+  const std::set<std::string> shared = {"ADMDDENT", "ADMDDFLD", "ADMNOTE",  "ADMNOTES", "ADMADRES",
+                                        "ADMBNKHOL", "ADMUSER", "ADMFDAC", "MENPERM", "MENLIST",
+                                        "MENUSER", "ADMGRIDH", "ADMGRIDD", "ADMCNTRL"};
+  std::set<std::string> indexNames;
+  for (const TableDef& t : schemaModel().tables) {
+    ASSERT_FALSE(t.primaryKey.empty() && t.name != "ADMFDAC") << t.name << " has no key";
+    for (const std::string& k : t.primaryKey) EXPECT_NE(t.column(k), nullptr) << t.name << "." << k;
+    if (!shared.count(t.name)) {
+      ASSERT_FALSE(t.primaryKey.empty());
+      EXPECT_EQ(t.primaryKey.front(), "VARIATION_ID") << t.name;
+    }
+  }
+  for (const IndexDef& i : schemaModel().indexes) {
+    EXPECT_TRUE(indexNames.insert(i.name).second) << "index name used twice: " << i.name;
+    const TableDef* t = schemaModel().table(i.table);
+    ASSERT_NE(t, nullptr) << i.name;
+    for (const std::string& c : i.columns) EXPECT_NE(t->column(c), nullptr) << i.name << "." << c;
+  }
+}
+
+TEST(SchemaDdl, CodeTableLinksPointAtTablesWithCodes) {
+  for (const DictionaryField& f : dictionaryFields(schemaModel())) {
+    if (f.fkTable.empty() || f.fkTable == "PNLEMPMST") continue;
+    const TableDef* code = schemaModel().table(f.fkTable);
+    ASSERT_NE(code, nullptr) << f.entity << "." << f.field << " -> " << f.fkTable;
+    EXPECT_NE(code->column("CODE_ID"), nullptr) << f.fkTable;
+    EXPECT_NE(code->column("DESCRIPTION"), nullptr) << f.fkTable;
+    EXPECT_NE(code->column("VARIATION_ID"), nullptr) << f.fkTable;
+  }
+}
+
+TEST(SchemaDdl, ColumnsJoinedAcrossTablesHaveTheSameType) {
+  // PostgreSQL refuses to compare text with integer: the columns the
+  // builders join must agree.
+  struct Pair {
+    const char *a, *b;
+  } pairs[] = {{"PNLEMPMST.HOME_ADD_ID", "ADMADRES.SEQ_ID"}, {"PNLEMPHST.NOTE_ID", "ADMNOTE.SEQ_ID"},
+               {"ADMGRIDH.NOTE_ID", "ADMNOTE.SEQ_ID"},      {"PNLEMPABS.POST_SEQ_ID", "PNLEMPHST.SEQ_ID"},
+               {"PNLEMPABS.EMP_ID", "PNLEMPMST.EMP_ID"},    {"PNLCAND.VACANCY_ID", "PNLVACANT.CODE_ID"},
+               {"PNLEMPHST.JOB_ID", "PNLJOBHST.CODE_ID"}};
+  auto column = [](const std::string& field) {
+    auto parts = split(field, ".");
+    const TableDef* t = schemaModel().table(parts[0]);
+    return t ? t->column(parts[1]) : nullptr;
+  };
+  for (const Pair& p : pairs) {
+    const ColumnDef* a = column(p.a);
+    const ColumnDef* b = column(p.b);
+    ASSERT_TRUE(a && b) << p.a << " / " << p.b;
+    EXPECT_EQ(a->baseType, b->baseType) << p.a << " / " << p.b;
+  }
+}
+
+class SchemaOnEngine : public ::testing::TestWithParam<test::Engine> {};
+
+TEST_P(SchemaOnEngine, CreatesDetectsAndDropsTheSchema) {
+  test::ScratchDatabase db(GetParam());
+  auto c = db.connect();
+  EXPECT_FALSE(schemaExists(*c));
+  createSchema(*c);
+  EXPECT_TRUE(schemaExists(*c));
+  EXPECT_EQ(existingSchemaTables(*c).size(), schemaModel().tables.size());
+
+  Recordset n = c->query("select count(*) from ADMDDFLD");
+  EXPECT_EQ(n.get(0).toLong(), static_cast<long>(dictionaryFields(schemaModel()).size()));
+  Recordset fk = c->query("select FK_TABLE, DATA_TYPE from ADMDDFLD where ENTITY_ID = 'PNLEMPHESAC' and FIELD_ID = 'TERMS'");
+  ASSERT_FALSE(fk.eof());
+  EXPECT_EQ(trim(fk.get(0).text()), "HESTERMS");
+  Recordset seq = c->query("select NUMERIC_SEQ_ID from ADMDDENT where ENTITY_ID = 'PNLEMPABS'");
+  EXPECT_EQ(trim(seq.get(0).text()), "Y");
+
+  // Dates go in as ISO texts and come back as dates.
+  c->execute("insert into ADMBNKHOL (BANK_HOLIDAY, DESCRIPTION) values ('2025-12-25', 'Christmas Day')");
+  Recordset d = c->query("select BANK_HOLIDAY from ADMBNKHOL");
+  ASSERT_TRUE(d.get(0).isDate());
+  EXPECT_EQ(d.get(0).asDate().iso(), "2025-12-25");
+
+  dropSchema(*c);
+  EXPECT_FALSE(schemaExists(*c));
+  EXPECT_TRUE(existingSchemaTables(*c).empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, SchemaOnEngine,
+                         ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL),
+                         [](const auto& info) { return std::string(test::engineName(info.param)); });
+
+TEST(SchemaEngine, OnlySQLiteAndPostgreSQLGetASchema) {
+  EXPECT_EQ(schemaEngineOf("SQLITE"), SchemaEngine::SQLite);
+  EXPECT_EQ(schemaEngineOf("POSTGRESQL"), SchemaEngine::PostgreSQL);
+  EXPECT_EQ(schemaEngineOf("PostgreSQL"), SchemaEngine::PostgreSQL);  // over ODBC
+  EXPECT_THROW(schemaEngineOf("SQLOLEDB"), Error);
+}
+
+}  // namespace
+}  // namespace orvalis
