@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "runtime/basic_string.h"
-#include "runtime/error.h"
 #include "runtime/text_file.h"
+#include "runtime/xml_rowset.h"
 
 namespace orvalis::cli {
 
@@ -94,7 +94,7 @@ std::optional<OutputFormat> parseOutputFormat(std::string_view name) {
 
 OutputFormat defaultOutputFormat() { return isatty(STDOUT_FILENO) ? OutputFormat::Table : OutputFormat::Csv; }
 
-nlohmann::json valueJson(const Value& v) {
+nlohmann::ordered_json valueJson(const Value& v) {
   switch (v.kind()) {
     case Value::Kind::Empty:
     case Value::Kind::Null:
@@ -118,19 +118,19 @@ std::string valueText(const Value& v) {
   return v.text();
 }
 
-nlohmann::json recordsetJson(const Recordset& rs, bool result) {
-  nlohmann::json fields = nlohmann::json::array();
+nlohmann::ordered_json recordsetJson(const Recordset& rs, bool result) {
+  nlohmann::ordered_json fields = nlohmann::ordered_json::array();
   for (const FieldDef& f : rs.fields()) {
     fields.push_back({{"name", f.name}, {"type", f.type}, {"size", f.definedSize}});
   }
-  nlohmann::json rows = nlohmann::json::array();
+  nlohmann::ordered_json rows = nlohmann::ordered_json::array();
   const int n = rs.fieldCount();
   forEachRow(rs, [&](auto get) {
-    nlohmann::json row = nlohmann::json::array();
+    nlohmann::ordered_json row = nlohmann::ordered_json::array();
     for (int i = 0; i < n; ++i) row.push_back(valueJson(get(i)));
     rows.push_back(std::move(row));
   });
-  nlohmann::json doc = nlohmann::json::object();
+  nlohmann::ordered_json doc = nlohmann::ordered_json::object();
   doc["result"] = result;
   doc["fields"] = std::move(fields);
   doc["rows"] = std::move(rows);
@@ -149,7 +149,8 @@ void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format,
       out << recordsetJson(rs, result).dump() << "\n";
       return;
     case OutputFormat::Xml:
-      throw Error(err::kInvalidProcedureCall, "orvalis", "--format xml is not supported yet");
+      saveRecordsetAsXml(rs, out);
+      return;
   }
 }
 

@@ -11,7 +11,7 @@
 //          text as strings, numbers as numbers, Booleans as true/false,
 //          Null and Empty as null, dates as "YYYY-MM-DD" or
 //          "YYYY-MM-DDTHH:MM:SS"
-//   xml    the ADO persisted-recordset XML (not available yet: raises)
+//   xml    the ADO persisted XML rowset (runtime/xml_rowset.h)
 // In table and CSV output Null is an empty field, dates are written as in
 // JSON and Booleans as True/False. The default is table when standard
 // output is a terminal and CSV otherwise, so that pipes get data.
@@ -36,10 +36,10 @@ std::optional<OutputFormat> parseOutputFormat(std::string_view name);
 OutputFormat defaultOutputFormat();
 
 // One value as JSON, and as the text of a table or CSV field.
-nlohmann::json valueJson(const Value& v);
+nlohmann::ordered_json valueJson(const Value& v);
 std::string valueText(const Value& v);
 
-nlohmann::json recordsetJson(const Recordset& rs, bool result);
+nlohmann::ordered_json recordsetJson(const Recordset& rs, bool result);
 void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format, bool result);
 
 // The output of writeRecordset as text.

@@ -1,10 +1,8 @@
 #include "component/recording_error_component.h"
 
 #include <cstdlib>
-#include <ostream>
 
 #include "runtime/basic_number.h"
-#include "runtime/basic_string.h"
 
 namespace orvalis {
 
@@ -61,18 +59,6 @@ std::shared_ptr<ErrorRecorder> installRecordingErrorComponent(std::shared_ptr<Er
     return std::make_unique<RecordingErrorComponent>(recorder);
   });
   return recorder;
-}
-
-size_t reportRecordedErrors(ErrorRecorder& recorder, std::ostream& out) {
-  const size_t n = recorder.errors().size();
-  for (const RecordedError& e : recorder.errors()) {
-    out << "orvalis: error " << e.number << " from " << e.source << " (answered " << e.answer << "):"
-        << buildErrorBlock(e.component, e.module, e.procedure, e.line, e.description, e.variables,
-                           e.parameters)
-        << "\n";
-  }
-  recorder.clear();
-  return n;
 }
 
 }  // namespace orvalis

@@ -17,7 +17,6 @@
 #pragma once
 
 #include <deque>
-#include <iosfwd>
 #include <memory>
 #include <string>
 #include <vector>
@@ -77,9 +76,5 @@ class RecordingErrorComponent final : public ErrorComponent {
 // recorder (a fresh one unless given) and returns that recorder.
 std::shared_ptr<ErrorRecorder> installRecordingErrorComponent(
     std::shared_ptr<ErrorRecorder> recorder = nullptr);
-
-// Writes each recorded error as its error block to `out`, clears the
-// record, and returns how many there were.
-size_t reportRecordedErrors(ErrorRecorder& recorder, std::ostream& out);
 
 }  // namespace orvalis

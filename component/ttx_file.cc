@@ -73,7 +73,8 @@ void gsubWriteTTX(const Recordset* rsData, const std::string& fileName, bool che
   Procedure proc(Handler::ErrorComponent, componentNames().payroll, "HRDataFunctions", "gsubWriteTTX");
   proc.variables([&] { return Dump().item("STRFILENAME:", file).text(); });
   proc.run([&](Steps& step) {
-    bool wanted = true;
+    // A failed reading of the switch counts as "off".
+    bool wanted = !checkSetting;
     if (checkSetting) {
       step(1, [&] { wanted = left(ucase(trim(gfncGetSetting("GENTTX", true))), 1) == "Y"; });
     }

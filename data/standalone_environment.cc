@@ -1,5 +1,6 @@
 #include "data/standalone_environment.h"
 
+#include "data/dictionary.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
 
@@ -68,17 +69,30 @@ Value StandaloneEnvironment::SystemParameter(const std::string& name) const {
   return Value();
 }
 
-// The host answers these from its own form and field metadata; outside the
-// host there is none, so they read Empty and the component's own data
-// dictionary (data/dictionary.h) is what the reports consult.
+// The host answers the metadata members from its own repository; outside
+// the host the component's data dictionary (data/dictionary.h) of the
+// current environment answers them. Form and field access levels belong to
+// the host's security screens and read Empty (no restriction known); the
+// component's own rights come from ADMFDAC (query/access.h).
 Value StandaloneEnvironment::FormAccessLevel(const std::string&) const { return Value(); }
 Value StandaloneEnvironment::FieldAccess(const std::string&, const std::string&) const { return Value(); }
-Value StandaloneEnvironment::FieldCaption(const std::string&, const std::string&) const { return Value(); }
-Value StandaloneEnvironment::FieldType(const std::string&, const std::string&) const { return Value(); }
-Value StandaloneEnvironment::EntityCaption(const std::string&) const { return Value(); }
-Value StandaloneEnvironment::EntityKeyStructure(const std::string&) const { return Value(); }
+Value StandaloneEnvironment::FieldCaption(const std::string& entity, const std::string& field) const {
+  return Value(gfncFieldLabel(entity, field));
+}
+Value StandaloneEnvironment::FieldType(const std::string& entity, const std::string& field) const {
+  return Value(fieldDataType(trim(entity) + "." + trim(field)));
+}
+Value StandaloneEnvironment::EntityCaption(const std::string& entity) const {
+  return Value(entityCaption(entity));
+}
+Value StandaloneEnvironment::EntityKeyStructure(const std::string& entity) const {
+  return Value(entityKeyStructure(entity));
+}
 Value StandaloneEnvironment::EntityValue(const std::string&) const { return Value(); }
-Value StandaloneEnvironment::XRefEntityCaption(const std::string&) const { return Value(); }
+Value StandaloneEnvironment::XRefEntityCaption(const std::string& entity) const {
+  std::string table = gfncGetFKTable(entity);
+  return table.empty() ? Value() : Value(entityCaption(table));
+}
 
 Connection& StandaloneEnvironment::connection(const std::string& connectionText) {
   std::string url = connectionText;

@@ -13,6 +13,7 @@
 #include "data/sql_text.h"
 #include "query/access_user.h"
 #include "query/filter_variable.h"
+#include "query/org_structure.h"
 #include "query/query_module.h"
 #include "query/sql_forms.h"
 #include "query/sql_identifiers.h"
@@ -142,7 +143,9 @@ std::string withoutQuotes(const std::string& item) {
 }
 
 bool standsForEmpty(const std::string& item) {
-  std::string u = ucase(withoutQuotes(item));
+  std::string u = ucase(trim(item));
+  if (!u.empty() && u.front() == '\'') u.erase(0, 1);
+  if (!u.empty() && u.back() == '\'') u.pop_back();
   return u == "<NULL>" || u == "NULL";
 }
 
@@ -239,13 +242,29 @@ std::string rowCondition(const SelectionContext& ctx, const RestrictionRow& row)
          ".VARIATION_ID = '" + variationText() + "' and " + condition + " )";
 }
 
-// The access driver's condition, reached from the driving table.
+// The access driver's condition, written against the driver table: the
+// administrator's "ACCESS_DRIVER_WHERE", else the organisation structure of
+// "ORG_STRUCTURE" (the employees positioned, status "X" or "Z", in the units
+// the user may see; "1=0" for a user without a position in it).
+std::string driverOwnCondition(const SelectionContext& ctx, const std::string& driver) {
+  std::string condition = trim(userDefault(ctx.user, "ACCESS_DRIVER_WHERE"));
+  if (!condition.empty()) return condition;
+  const std::string structure = trim(userDefault(ctx.user, "ORG_STRUCTURE"));
+  if (structure.empty()) return "";
+  auto units = orgStructureUnits(userEmployeeId(ctx.user), structure);
+  if (!units || units->empty()) return "1=0";
+  return orgStructureCondition(driver, structure, *units, "X,Z");
+}
+
+// The driver's condition, reached from the driving table.
 std::string driverCondition(const SelectionContext& ctx, const std::string& driver) {
   if (driver.empty() || !isIdentifier(driver)) return "";
-  std::string condition = trim(userDefault(ctx.user, "ACCESS_DRIVER_WHERE"));
+  if (driver != ctx.table && (!ctx.employeeReachable || isRecruitmentTable(ctx.table))) return "";
+  std::string condition = driverOwnCondition(ctx, driver);
   if (condition.empty()) return "";
-  if (driver == ctx.table) return condition;
-  if (!ctx.employeeReachable || isRecruitmentTable(ctx.table)) return "";
+  // The driving table itself, or the employee master that every employee
+  // statement has, take the condition as it is.
+  if (driver == ctx.table || driver == "PNLEMPMST") return condition;
   return "PNLEMPMST.EMP_ID IN ( select " + driver + ".EMP_ID from " + driver + " where " + driver +
          ".VARIATION_ID = '" + variationText() + "' and (" + condition + ") )";
 }

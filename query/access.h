@@ -21,11 +21,17 @@
 //     column of PNLEMPMST; one pair of single quotes around a value is
 //     removed; a leading "<>" with a list gives "not in", with wildcards
 //     "not like"; several values of one item are joined with " or " and
-//     bracketed, different items with " and "; the access driver's
-//     condition is the "ACCESS_DRIVER_WHERE" entry of the user's DEFAULTS
-//     (administrator's text), written against the driver table and reached
-//     through the employee (PNLEMPMST.EMP_ID IN (select ...)) when the
-//     driving table is another one; conditions that would need a table the
+//     bracketed, different items with " and ";
+//   - the access driver's condition (the user's ACCESS_DRIVER names the
+//     table it is written against, PNLEMPMST or PNLEMPMSTX) is the
+//     "ACCESS_DRIVER_WHERE" entry of the user's DEFAULTS (administrator's
+//     text), else, with an "ORG_STRUCTURE" entry, the employees holding a
+//     position (status "X" or "Z") in the units of that structure the user
+//     may see (org_structure.h; "1=0" when the user holds none). It stands
+//     as it is on the driver table and on PNLEMPMST, and is reached through
+//     the employee (PNLEMPMST.EMP_ID IN (select ...)) from other driving
+//     tables;
+//   - conditions that would need a table the
 //     statement does not have (employee conditions on tables without
 //     EMP_ID, which the builder does not join to PNLEMPMST) are not added;
 //   - "ACCESS_SPECIFIED" is the host's session variable (the standalone

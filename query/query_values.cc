@@ -32,6 +32,19 @@ std::string withoutBrackets(const std::string& value) {
   return v;
 }
 
+// The names the payroll calendar answers.
+bool isPayrollName(const std::string& name) {
+  static const char* const kNames[] = {
+      "THIS_PERIOD",     "THIS_YEAR",       "THIS_PERIOD_ID",    "THIS_PERIOD_START", "THIS_PERIOD_END",
+      "THIS_YEAR_START", "THIS_YEAR_END",   "PREV_PERIOD",       "PREV_YEAR",         "PREV_PERIOD_ID",
+      "PREV_PERIOD_START", "PREV_PERIOD_END", "PREV_YEAR_START", "PREV_YEAR_END",     "LAST_YEAR",
+      "LAST_YEAR_START", "LAST_YEAR_END"};
+  for (const char* n : kNames) {
+    if (name == n) return true;
+  }
+  return false;
+}
+
 bool isVariable(const std::string& v) { return v.size() >= 2 && v.front() == '<' && v.back() == '>'; }
 
 std::string sessionText(const char* name) { return HREnvironment::session().GlobalVariable(name).text(); }
@@ -242,6 +255,12 @@ std::string gfncParsePayrollVariable(const std::string& strTemplate_ID, const st
       result = "NULL";
       return;
     }
+    if (!isPayrollName(name)) {
+      // "PREV_WEEK_START", "NEXT_..." and the like are date variables.
+      step(5, [&] { result = gfncParseDate(name); });
+      gsubDebugLog(kSource, "gfncParsePayrollVariable : Revised Value : " + result);
+      return;
+    }
     std::string tmpl = trim(strTemplate_ID);
     step(10, [&] {
       if (tmpl.empty()) tmpl = payroll::sessionTemplateId();
@@ -290,10 +309,8 @@ std::string gfncParsePayrollVariable(const std::string& strTemplate_ID, const st
           result = dateText(payroll::periodEnd(tmpl, p->year, p->period));
         } else if (name == "PREV_YEAR_START") {
           result = dateText(payroll::payYearStart(tmpl, p->year));
-        } else if (name == "PREV_YEAR_END") {
-          result = dateText(payroll::payYearEnd(tmpl, p->year));
         } else {
-          result = "NULL";
+          result = dateText(payroll::payYearEnd(tmpl, p->year));
         }
       } else if (startsWith(name, "LAST_")) {
         if (!usable(current) || !cur) {
@@ -302,10 +319,8 @@ std::string gfncParsePayrollVariable(const std::string& strTemplate_ID, const st
           result = format(Value(static_cast<long>(cur->year - 1)), "0000");
         } else if (name == "LAST_YEAR_START") {
           result = dateText(payroll::payYearStart(tmpl, cur->year - 1));
-        } else if (name == "LAST_YEAR_END") {
-          result = dateText(payroll::payYearEnd(tmpl, cur->year - 1));
         } else {
-          result = "NULL";
+          result = dateText(payroll::payYearEnd(tmpl, cur->year - 1));
         }
       } else {
         result = "NULL";

@@ -41,7 +41,9 @@ std::string fncParseValue(const std::string& strQueryFunction, const std::string
 // of the template's calendar. Period numbers and years as texts, period
 // ids "YYYYPP", dates in the site's date format; "NULL" stays "NULL"; "" for
 // "PREV_"/"LAST_" variables whose starting period id is not numeric or is
-// before 201000; "NULL" for an unknown name.
+// before 201000. Any other name (a date variable that happens to begin
+// "PREV_" or "NEXT_", such as "PREV_WEEK_START") goes to gfncParseDate,
+// which gives "NULL" for an unknown one.
 std::string gfncParsePayrollVariable(const std::string& strTemplate_ID, const std::string& strValue);
 
 // True when the name (brackets "<", ">", "[", "]" allowed) begins with

@@ -335,8 +335,10 @@ std::string criterionClause(Dialect d, Criterion c, const std::string& type, std
 
   std::string clause = compareField + " " + op + " " + value;
   const std::string lop = lcase(op);
-  if (lop == "is" || lop == "is not") clause = gfncEmptyCondition(compareField, lop == "is" ? "=" : "<>", d);
-  if (code == "NI" || code == "NC") clause = "(" + clause + " OR " + gfncEmptyCondition(compareField, "=", d) + ")";
+  // A date part is text whatever the field's type.
+  const std::string testType = compareField == c.field ? type : "S";
+  if (lop == "is" || lop == "is not") clause = sqlforms::emptyTest(d, compareField, testType, lop == "is" ? "=" : "<>");
+  if (code == "NI" || code == "NC") clause = "(" + clause + " OR " + sqlforms::emptyTest(d, compareField, testType, "=") + ")";
   if (code == "NB") clause = "(" + clause + ")";
   return clause;
 }
@@ -389,6 +391,18 @@ size_t findTopLevel(const std::string& sql, const std::string& keyword, size_t f
     }
   }
   return std::string::npos;
+}
+
+// Whether a statement names a table as a whole word.
+bool mentionsTable(const std::string& sql, const std::string& table) {
+  const std::string u = ucase(sql);
+  const std::string name = ucase(table);
+  for (size_t p = u.find(name); p != std::string::npos; p = u.find(name, p + 1)) {
+    bool before = p == 0 || !isWordChar(u[p - 1]) || u[p - 1] == '.';
+    bool after = p + name.size() >= u.size() || !isWordChar(u[p + name.size()]) || u[p + name.size()] == '.';
+    if (before && after) return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -616,7 +630,11 @@ std::string gfncBuildSQL(const std::string& argUserID, const std::string& argQue
         std::string restriction;
         if (!hasPlaceholder && whereIndex >= 1) restriction = mid(sql, whereIndex + 7);
         strDriver = userAccessDriver(strUserID.empty() ? currentUser() : strUserID);
-        gsubAddSelection(strDriver, strUserID, restriction, "Y");
+        // The restrictions are written for the driver table when the
+        // statement reads it, else for the query's own table.
+        std::string table = strDriver;
+        if (!strDriver.empty() && !mentionsTable(sql, strDriver) && !t.empty()) table = t;
+        gsubAddSelection(table, strUserID, restriction, "Y");
         strAR = restriction;
         // 3. Placed where the placeholder stands, else after the WHERE.
         if (hasPlaceholder) {

@@ -35,6 +35,9 @@
 //     table's employees (org_structure.h), in place of the variation test's
 //     value list; without "ORG_STRUCTURE" the form's "DATA_ACCESS" note
 //     entry (else the company) is the variation compared;
+//   - a hand-written query's restrictions are written for the user's access
+//     driver table when the statement names it, else for the query's own
+//     driving table (no driver, no restrictions);
 //   - on SQLite and PostgreSQL the home-phone criterion compares the joined
 //     home address (alias HOME_PHONE) instead of "ADMADRES.PHONE_HOME".
 //

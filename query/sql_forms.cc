@@ -1,5 +1,6 @@
 #include "query/sql_forms.h"
 
+#include "data/sql_dialect.h"
 #include "runtime/basic_string.h"
 
 namespace orvalis::sqlforms {
@@ -35,8 +36,17 @@ std::string paddedSeqId(Dialect d, const std::string& table) {
 }
 
 std::string nullAsEmpty(Dialect d, const std::string& field) {
-  if (d == Dialect::SQLite || d == Dialect::PostgreSQL) return "coalesce(" + field + ",'')";
+  if (d == Dialect::SQLite) return "coalesce(" + field + ",'')";
+  // PostgreSQL compares '' only with text.
+  if (d == Dialect::PostgreSQL) return "coalesce(cast(" + field + " as varchar),'')";
   return "isnull(" + field + ",'')";
+}
+
+std::string emptyTest(Dialect d, const std::string& field, const std::string& type, const std::string& op) {
+  // PostgreSQL refuses '' as a date or a number; such a column is empty
+  // only when it is NULL, as on Oracle.
+  if (d == Dialect::PostgreSQL && !type.empty() && type != "S") return gfncEmptyCondition(field, op, Dialect::Oracle);
+  return gfncEmptyCondition(field, op, d);
 }
 
 std::string likeOperator(Dialect d, const std::string& op) {

@@ -24,8 +24,14 @@ std::string datePart(Dialect d, const std::string& part, const std::string& fiel
 // A numeric SEQ_ID shown as ten-digit zero-padded text, "... as SEQ_ID".
 std::string paddedSeqId(Dialect d, const std::string& table);
 
-// field compared with NULL read as '': "isnull(F,'')" (coalesce elsewhere).
+// field compared with NULL read as '': "isnull(F,'')" (coalesce elsewhere;
+// on PostgreSQL the field is cast to text first).
 std::string nullAsEmpty(Dialect d, const std::string& field);
+
+// The empty-or-NULL test of a field of type letter `type` (op "=" or
+// "<>"): gfncEmptyCondition, except that on PostgreSQL a column that is not
+// text is tested for NULL alone.
+std::string emptyTest(Dialect d, const std::string& field, const std::string& type, const std::string& op);
 
 // The pattern operators "like" / "not like" in the engine's form.
 std::string likeOperator(Dialect d, const std::string& op);

@@ -188,6 +188,7 @@ Value coerce(Value v, int type) {
       case ado::adUnsignedTinyInt:
         return Value(static_cast<long>(v.toLong()));
       case ado::adBigInt:
+        if (v.kind() == Value::Kind::Integer) return v;  // no trip through a double
         return Value(static_cast<long long>(roundToInt64(v.toDouble())));
       case ado::adSingle:
       case ado::adDouble:
@@ -210,6 +211,11 @@ Value coerce(Value v, int type) {
         return v;
     }
   } catch (const Error&) {
+    // A date column of an engine that does not enforce its types (SQLite)
+    // may hold text that is no date: keep the text rather than lose the row.
+    if (v.isText() && (type == ado::adDate || type == ado::adDBTimeStamp || type == ado::adDBDate)) {
+      return v;
+    }
     throw Error(err::kMultipleStep, "Microsoft Cursor Engine",
                 "Multiple-step operation generated errors. Check each status value.");
   }

@@ -18,9 +18,14 @@
 // and movePrevious at BOF raise 3021 as ADO does; moveFirst and moveLast on
 // an empty recordset leave it at BOF/EOF.
 //
+// addNew() makes the new row current, so whoever fills a recordset calls
+// moveFirst() before handing it on (the drivers do).
+//
 // Storage: cells are 16-byte tagged values; texts up to 14 bytes live in the
-// cell, longer ones in a per-recordset text arena. Rows are held in chunks
-// of 1024, so a large recordset never holds more than one partly used chunk.
+// cell, longer ones in a per-recordset text arena (space of overwritten
+// texts is reclaimed once it is half the arena). Rows are held in chunks of
+// 1024, so a large recordset never holds more than one partly used chunk:
+// 100 000 x 30 mixed cells take about 20 bytes a cell.
 //
 // A Recordset owns its rows. It is movable and copyable (a copy is a
 // snapshot), and thread-compatible: one thread at a time.
@@ -76,10 +81,11 @@ class Recordset {
   // ---- Rows and cursor ----
   // Appends a row of Null values and makes it current.
   void addNew();
-  // Deletes the current row (ADO's Delete): it leaves the visible rows and
-  // recordCount() at once; the cursor stays on the deleted row (reading it
-  // raises 3021) until it moves. The row keeps its storage number and is
-  // skipped by filters, sorts and RowIndex.
+  // Deletes the current row (ADO's Delete): it leaves recordCount() at once;
+  // the cursor stays on the deleted row (reading it raises 3021) until it
+  // moves, so "delete, then moveNext" visits every row. The row keeps its
+  // storage number and is skipped by filters, sorts and RowIndex. Deleting
+  // many rows in one pass costs O(1) each.
   void deleteCurrent();
   bool isDeleted(long row) const;
   // Room for this many rows in all (optional; for bulk fills).

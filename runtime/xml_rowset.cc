@@ -255,7 +255,7 @@ std::vector<Column> columnsOf(const Recordset& rs) {
       cols.push_back({name, ""});
       continue;
     }
-    std::string alias = "c" + std::to_string(i);
+    std::string alias = fmt::format("c{}", i);
     while (taken.count(alias) != 0 || used.count(alias) != 0) alias += '_';
     used.insert(alias);
     taken.insert(alias);

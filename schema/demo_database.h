@@ -59,7 +59,10 @@ struct DemoDefects {
 struct DemoReport {
   std::vector<std::pair<std::string, long>> tables;  // rows written per table
   DemoDefects defects;
-  double seconds = 0;
+  double seconds = 0;          // in all
+  double generateSeconds = 0;  // schema and drawing the people
+  double loadSeconds = 0;      // writing the rows
+  double indexSeconds = 0;     // indexes and statistics
   long long databaseBytes = -1;  // -1 when the engine does not say
   std::string asOf;              // ISO date
   int companies = 0;

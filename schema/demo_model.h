@@ -93,6 +93,11 @@ struct Context {
   int nextNote = 1;     // ADMNOTE.SEQ_ID, across companies
 };
 
+// The context of a run for a seed and as-of day: the absence window (from
+// 1 January two years back to 60 days ahead), the years covered and their
+// bank holidays.
+Context makeContext(uint64_t seed, int64_t asOf);
+
 // Draws one company's people. Assigns address and note numbers from ctx.
 Company generateCompany(Context& ctx, int company, int employees);
 

@@ -253,6 +253,8 @@ struct Draw {
   int reasonFor(const char* type) {
     std::vector<int> matching;
     for (size_t i = 0; i < absenceReasons().size(); ++i) {
+      // Christmas leave is drawn on its own.
+      if (std::string(absenceReasons()[i].code) == "XMAS") continue;
       if (std::string(absenceReasons()[i].type) == type) matching.push_back(static_cast<int>(i));
     }
     return matching[r.below(static_cast<int>(matching.size()))];
@@ -280,11 +282,11 @@ struct Draw {
           addAbsence(drawn, p, start, to, typeIndex, reasonFor(type), length, e);
         }
       };
-      draws("HOL", 2.0, {1, 2, 3, 5, 10, 15}, {20, 10, 10, 35, 20, 5});
-      draws("SICK", 1.0, {1, 2, 3, 5, 10, 20, 40, 80}, {35, 20, 15, 12, 8, 5, 3, 2});
-      draws("OTH", 0.3, {1}, {1});
-      draws("COMP", 0.08, {1, 2, 3, 5}, {30, 30, 25, 15});
-      draws("TRAIN", 0.12, {1, 2, 3}, {50, 30, 20});
+      draws("HOL", 2.9, {1, 2, 3, 5, 10, 15}, {20, 10, 10, 35, 20, 5});
+      draws("SICK", 1.45, {1, 2, 3, 5, 10, 20, 40, 80}, {35, 20, 15, 12, 8, 5, 3, 2});
+      draws("OTH", 0.4, {1}, {1});
+      draws("COMP", 0.1, {1, 2, 3, 5}, {30, 30, 25, 15});
+      draws("TRAIN", 0.16, {1, 2, 3}, {50, 30, 20});
       draws("IND", 0.02, {1, 3, 10}, {40, 40, 20});
       draws("UNPD", 0.01, {5, 10, 20}, {40, 40, 20});
       if (e.female) draws("MAT", 0.015, {130, 195, 260}, {30, 40, 30});
@@ -392,6 +394,21 @@ std::string employeeId(int number) {
   char text[16];
   std::snprintf(text, sizeof text, "%06d", number);
   return text;
+}
+
+Context makeContext(uint64_t seed, int64_t asOf) {
+  Context ctx;
+  ctx.seed = seed;
+  ctx.asOf = asOf;
+  const int asOfYear = yearOf(asOf);
+  ctx.windowStart = dayOf(asOfYear - 2, 1, 1);
+  ctx.windowEnd = asOf + 60;
+  ctx.firstYear = asOfYear - 36;  // employments start up to 35 years back
+  ctx.lastYear = asOfYear + 1;
+  for (int year = ctx.firstYear; year <= ctx.lastYear; ++year) {
+    for (const BankHoliday& b : bankHolidays(year)) ctx.bankHolidays.insert(b.day);
+  }
+  return ctx;
 }
 
 Company generateCompany(Context& ctx, int company, int employees) {

@@ -252,7 +252,7 @@ void writeEmployees(Writer& w, const Context& ctx, const Company& co, DemoDefect
                << (e.reportsTo ? Value(employeeId(e.reportsTo)) : Value::null()) << code("PNLRECMET", e.recMethod)
                << optional(r.chance(0.7) ? std::string("Dr ") + static_cast<char>('A' + r.below(26)) + " " + pick(r, surnames()) : "")
                << optional(r.chance(0.6) ? std::string("Mrs ") + static_cast<char>('A' + r.below(26)) + " " + pick(r, surnames()) : "")
-               << (r.chance(0.03) ? Value::null() : Value(static_cast<double>(p.hours))) << Value(static_cast<double>(p.weeks))
+               << (r.chance(0.03) ? Value::null() : Value(round2(p.hours))) << Value(round2(p.weeks))
                << Value(scaleValue(p.scalePoint, yearOf(ctx.asOf))) << optionalNumber(e.homeAddress)
                << optionalNumber(e.emergencyAddress) << optionalNumber(e.kinAddress) << optionalNumber(e.kinWorkAddress)
                << email << pick(r, taxCodes) << (r.chance(0.95) ? "C" : "W") << (r.chance(0.97) ? "N" : "Y")
@@ -311,7 +311,7 @@ void writePosts(Writer& w, const Context& ctx, const Company& co) {
                << dateValue(p.end) << Value::null() << dateValue(p.seq == 1 ? p.start + 182 : -1) << Value::null()
                << departments()[p.dept].code << holidayGrades()[p.holGrade].code << job.grade
                << format("%ld", p.scalePoint) << wteRules()[p.wte].code << locations(co.index)[p.loc].code
-               << Value(static_cast<double>(p.hours)) << Value(static_cast<double>(p.weeks)) << job.category
+               << Value(round2(p.hours)) << Value(round2(p.weeks)) << job.category
                << ((e.number + p.seq) % 3 ? "Y" : "N") << (std::string(departments()[p.dept].code) + "-" + format("%04ld", e.number % 10000))
                << (e.weekly ? "WEEK" : "MONTH") << Value(round2(static_cast<double>(p.hours) / 37.5 * 10000) / 10000)
                << optionalNumber(p.noteId) << Value(salary) << dateValue(p.start + 365) << Value::null()

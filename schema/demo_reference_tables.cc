@@ -408,7 +408,9 @@ void writePayroll(Writer& w, const Context& ctx, const Company& co) {
                if (batchIndex >= batches.size()) return false;
                const Batch& b = batches[batchIndex];
                const std::vector<size_t>& pool = staff[b.t];
-               if (member >= pool.size() || linesInBatch >= 240) {
+               // Up to 40 people a batch, fewer for a small staff.
+               const size_t people = std::min<size_t>(40, std::max<size_t>(5, pool.size() / 20));
+               if (member >= pool.size() || linesInBatch >= static_cast<long>(3 * people)) {
                  ++batchIndex;
                  member = 0;
                  seq = 0;
@@ -438,7 +440,7 @@ void writePayroll(Writer& w, const Context& ctx, const Company& co) {
                ++linesInBatch;
                if (++lineOfEmployee == 3) {
                  lineOfEmployee = 0;
-                 member += 1 + pool.size() / 80;
+                 member += std::max<size_t>(1, pool.size() / people);
                }
                return true;
              }

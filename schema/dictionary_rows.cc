@@ -541,9 +541,7 @@ std::vector<DictionaryField> dictionaryFields(const DdlModel& model) {
       f.sequence = ++sequence;
       std::string key = t.name + "." + c.name;
       f.caption = lookup(fieldCaptions(), key);
-      if (f.caption.empty() && !(isCodeTable(t) && c.name == "CODE_ID")) {
-        f.caption = lookup(columnCaptions(), c.name);
-      }
+      if (f.caption.empty()) f.caption = lookup(columnCaptions(), c.name);
       if (f.caption.empty()) f.caption = titleCase(c.name);
       f.dataType = dataTypeOf(key, c);
       f.fkTable = isCodeTable(t) && c.name == "CODE_ID" ? "" : codeTableOf(t.name, c.name);

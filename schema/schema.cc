@@ -77,12 +77,39 @@ const DdlModel& schemaModel() {
   return model;
 }
 
+// The DDL statements of the connection's engine: the tables, or the
+// indexes.
+static std::vector<std::string> ddlStatements(Connection& connection, bool indexes) {
+  std::vector<std::string> chosen;
+  for (std::string& statement : splitStatements(schemaDdl(schemaEngineOf(connection.provider())))) {
+    bool isIndex = startsWith(ucase(statement), "CREATE INDEX") || startsWith(ucase(statement), "CREATE UNIQUE");
+    if (isIndex == indexes) chosen.push_back(std::move(statement));
+  }
+  return chosen;
+}
+
 void createSchema(Connection& connection) {
-  SchemaEngine engine = schemaEngineOf(connection.provider());
-  std::vector<std::string> statements = splitStatements(schemaDdl(engine));
+  std::vector<std::string> tables = ddlStatements(connection, false);
+  std::vector<std::string> indexes = ddlStatements(connection, true);
   inTransaction(connection, [&] {
-    for (const std::string& statement : statements) connection.execute(statement);
+    for (const std::string& statement : tables) connection.execute(statement);
+    for (const std::string& statement : indexes) connection.execute(statement);
     writeDictionary(connection, schemaModel());
+  });
+}
+
+void createSchemaTables(Connection& connection) {
+  std::vector<std::string> tables = ddlStatements(connection, false);
+  inTransaction(connection, [&] {
+    for (const std::string& statement : tables) connection.execute(statement);
+    writeDictionary(connection, schemaModel());
+  });
+}
+
+void createSchemaIndexes(Connection& connection) {
+  std::vector<std::string> indexes = ddlStatements(connection, true);
+  inTransaction(connection, [&] {
+    for (const std::string& statement : indexes) connection.execute(statement);
   });
 }
 

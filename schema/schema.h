@@ -35,6 +35,12 @@ const DdlModel& schemaModel();
 // Creates every table and index and fills the data dictionary.
 void createSchema(Connection& connection);
 
+// The two halves of createSchema() for bulk loads, which fill the tables
+// before they build the indexes: the tables with the dictionary, then the
+// indexes.
+void createSchemaTables(Connection& connection);
+void createSchemaIndexes(Connection& connection);
+
 // True when the connection's database (its current schema on PostgreSQL)
 // holds the schema's dictionary table ADMDDENT.
 bool schemaExists(Connection& connection);

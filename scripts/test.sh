@@ -13,7 +13,9 @@ bash "$root/scripts/build.sh"
 pgdir="$(mktemp -d /tmp/orvalis-pg.XXXXXX)"
 stop_server() { bash "$root/scripts/pg-cluster.sh" stop "$pgdir" >/dev/null 2>&1 || true; }
 trap stop_server EXIT
-eval "$(bash "$root/scripts/pg-cluster.sh" start "$pgdir")"
+# A failed start must stop the run: capture first, so set -e sees it.
+exports="$(bash "$root/scripts/pg-cluster.sh" start "$pgdir")"
+eval "$exports"
 export ORVALIS_TEST_PG_URL ORVALIS_TEST_ODBC
 
 cd "$build"

@@ -7,8 +7,8 @@
 //
 // storeColumnValue() writes a fetched value into the current row of a
 // driver's recordset. The recordset converts it to the field's type as ADO
-// does; a value the field cannot hold (text that is no date in an SQLite
-// date column, say) fails the query with a driver error that names the
+// does (a text that is no date stays text in a date field); a value the
+// field cannot hold fails the query with a driver error that names the
 // column and the row. Thread-safe.
 #pragma once
 

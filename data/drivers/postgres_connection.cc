@@ -136,7 +136,7 @@ class PostgresConnection final : public Connection {
           case PGRES_EMPTY_QUERY:
             break;
           default:
-            serverError = PQresultErrorMessage(r.get());
+            serverError = failureText(r.get());
         }
       } catch (...) {
         failure = std::current_exception();
@@ -152,6 +152,12 @@ class PostgresConnection final : public Connection {
   long execute(const std::string& sql) override {
     traced(sql);
     Result r(PQexec(conn_.get(), sql.c_str()));
+    const ExecStatusType status = PQresultStatus(r.get());
+    if (status == PGRES_COPY_IN || status == PGRES_COPY_OUT) {
+      std::string message = failureText(r.get());
+      drainResults();
+      raiseDriverError(kDriver, "statement failed", message);
+    }
     check(r, "statement failed");
     return std::atol(PQcmdTuples(r.get()));
   }
@@ -242,7 +248,7 @@ class PostgresConnection final : public Connection {
     }
   }
 
-  void check(const Result& r, std::string_view what) const {
+  void check(const Result& r, std::string_view what) {
     if (!r) raiseDriverError(kDriver, what, PQerrorMessage(conn_.get()));
     switch (PQresultStatus(r.get())) {
       case PGRES_COMMAND_OK:
@@ -250,8 +256,22 @@ class PostgresConnection final : public Connection {
       case PGRES_EMPTY_QUERY:
         return;
       default:
-        raiseDriverError(kDriver, what, PQresultErrorMessage(r.get()));
+        raiseDriverError(kDriver, what, failureText(r.get()));
     }
+  }
+
+  // The server's message for a failed result. A COPY that a plain
+  // statement started is ended first, so the connection stays usable.
+  std::string failureText(const PGresult* r) {
+    const ExecStatusType status = PQresultStatus(r);
+    if (status == PGRES_COPY_IN || status == PGRES_COPY_OUT || status == PGRES_COPY_BOTH) {
+      if (status == PGRES_COPY_IN) PQputCopyEnd(conn_.get(), "COPY is only available through bulkInsert");
+      char* data = nullptr;
+      while (status != PGRES_COPY_IN && PQgetCopyData(conn_.get(), &data, 0) > 0) PQfreemem(data);
+      return "COPY is only available through bulkInsert";
+    }
+    const char* message = PQresultErrorMessage(r);
+    return message && *message ? message : PQresStatus(status);
   }
 
   void sendCopyData(const std::string& data, std::string_view what) {

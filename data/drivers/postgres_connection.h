@@ -5,8 +5,8 @@
 // column_types.h); values arrive as text and are converted by type: integers
 // to Integer, float and numeric to Double, bool to Boolean, date and
 // timestamp to DateTime, everything else to Text. char(n) values keep the
-// blank padding the server returns. A date the recordset cannot hold
-// ('infinity', BC dates) fails the query naming the column and row.
+// blank padding the server returns. A date the recordset cannot hold as a
+// date ('infinity', BC dates) arrives as its text.
 //
 // Column names: PostgreSQL folds unquoted identifiers to lower case, while
 // the schema's names are upper case (and SQL Server reports them as

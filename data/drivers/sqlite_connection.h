@@ -11,8 +11,8 @@
 // columns deliver doubles; boolean columns deliver True/False from the 0/1
 // SQLite stores. Column names are kept as the engine gives them.
 //
-// execute() runs every statement of its text and returns the rows the
-// statements changed. bulkInsert() runs one prepared INSERT per row inside
+// query() runs exactly one statement (more raise an error); execute() runs
+// every statement of its text and returns the rows the statements changed. bulkInsert() runs one prepared INSERT per row inside
 // a transaction (its own, unless one is already open); DateTime values are
 // bound as ISO texts and booleans as 1/0.
 //

@@ -74,29 +74,40 @@ class PerEmployeeReads final : public HesaRecordSource {
 
 class BatchedReads final : public HesaRecordSource {
  public:
-  BatchedReads(std::string variation, std::vector<std::string> empIds)
-      : variation_(std::move(variation)), ids_(std::move(empIds)) {}
+  BatchedReads(const std::string& variation, std::vector<std::string> empIds)
+      : variation_(variation), ids_(std::move(empIds)), fallback_(variation) {}
 
   void employee(size_t position, const std::string& empId) override {
     if (position >= loadedEnd_ || position < loadedBegin_) load(position);
+    fallback_.employee(position, empId);
     auto p = personRow_.find(empId);
     currentPerson_ = p == personRow_.end() ? -1 : p->second;
     auto c = contractRows_.find(empId);
     currentContracts_ = c == contractRows_.end() ? nullptr : &c->second;
   }
 
-  bool personExists() override { return currentPerson_ >= 0; }
+  bool personExists() override {
+    if (!personsRead_) return (usingFallback_ = true, fallback_.personExists());
+    return currentPerson_ >= 0;
+  }
 
-  RecordRows person() override { return {&persons_, {currentPerson_}, 0, persons_.fieldCount()}; }
+  RecordRows person() override {
+    if (!personsRead_) return (usingFallback_ = true, fallback_.person());
+    return {&persons_, {currentPerson_}, 0, persons_.fieldCount()};
+  }
 
-  bool contractsExist() override { return currentContracts_ != nullptr; }
+  bool contractsExist() override {
+    if (!contractsRead_) return (usingFallback_ = true, fallback_.contractsExist());
+    return currentContracts_ != nullptr;
+  }
 
   RecordRows contracts() override {
+    if (!contractsRead_) return (usingFallback_ = true, fallback_.contracts());
     // EMP_ID, read last to file the rows, is not one of the checked columns.
     return {&contracts_, *currentContracts_, 0, contracts_.fieldCount() - 1};
   }
 
-  const std::string& sql() const override { return sql_; }
+  const std::string& sql() const override { return usingFallback_ ? fallback_.sql() : sql_; }
 
  private:
   // Reads the records of the employees from `position` on.
@@ -119,14 +130,15 @@ class BatchedReads final : public HesaRecordSource {
 
     sql_ = std::string("SELECT EMP_ID,") + kPersonColumns + " " + "FROM " + kPersonTable + " " + where +
            "ORDER BY EMP_ID";
-    gfncOpenRecordset(sql_, persons_);
+    usingFallback_ = false;
+    personsRead_ = gfncOpenRecordset(sql_, persons_);
     fileRows(persons_, 0, seen, requested, [&](const std::string& id, long row) {
       personRow_.emplace(id, row);  // the first row, as the reference reads
     });
 
     sql_ = std::string("SELECT SEQ_ID,") + kContractColumns + ",EMP_ID " + "FROM " + kContractTable + " " +
            where + "ORDER BY EMP_ID, SEQ_ID";
-    gfncOpenRecordset(sql_, contracts_);
+    contractsRead_ = gfncOpenRecordset(sql_, contracts_);
     fileRows(contracts_, contracts_.fieldCount() - 1, seen, requested,
              [&](const std::string& id, long row) { contractRows_[id].push_back(row); });
   }
@@ -165,6 +177,13 @@ class BatchedReads final : public HesaRecordSource {
   std::unordered_map<std::string, std::vector<long>> contractRows_;
   long currentPerson_ = -1;
   const std::vector<long>* currentContracts_ = nullptr;
+  bool personsRead_ = false;
+  bool contractsRead_ = false;
+  // A batch statement that could not be read (the error component was told
+  // and chose to go on) leaves its employees to the original statements, so
+  // that one unreadable row affects its own employee only, as before.
+  PerEmployeeReads fallback_;
+  bool usingFallback_ = false;
 };
 
 }  // namespace

@@ -15,7 +15,12 @@
 //                     [, SEQ_ID]"), filed by employee in hash maps. A
 //                     contract's columns are the same as the reference's
 //                     (SEQ_ID first, then the fixed list); EMP_ID, needed to
-//                     file the rows, is read last and not checked.
+//                     file the rows, is read last and not checked. When a
+//                     batch statement cannot be read (a row holds a value
+//                     its field cannot take; the error component was told
+//                     and chose to go on), that batch's employees are read
+//                     with the original statements, so the failure touches
+//                     only the employee whose row it is, as before.
 //
 // Rows are filed under the employee identifier exactly as the database
 // holds it; a row the engine matched to a requested identifier that differs

@@ -46,7 +46,7 @@ std::string_view fitted(std::string_view text, long size) {
 
 }  // namespace
 
-std::string SIR_HE::drivingSql(const std::string& variation) {
+std::string SIR_HE::staffRecordSql(const std::string& variation) {
   return std::string("SELECT EMP_ID, DATE_BIRTH, SEX_ID, HESA_ID, KNOWNAS FROM PNLEMPMST ") +
          "WHERE PNLEMPMST.VARIATION_ID = '" + sqlQuote(variation) + "' " +
          "ORDER BY PNLEMPMST.TEMPLATE_ID, PNLEMPMST.CAT_ID, PNLEMPMST.EMP_ID";
@@ -71,7 +71,7 @@ void SIR_HE::runExtract(const std::string& method, Recordset& rsData, Steps& ste
     sql_.clear();
     if (method == "01" || method == kReportName) {
       reportName_ = kReportName;
-      sql_ = drivingSql(gfncCompanyCode());
+      sql_ = staffRecordSql(gfncCompanyCode());
     }
   });
   bool created = false;

@@ -57,7 +57,7 @@ class SIR_HE final : public ReportClass {
   void setRecordReads(hesa::RecordReads reads) { reads_ = reads; }
 
   // The driving statement for a company.
-  static std::string drivingSql(const std::string& variation);
+  static std::string staffRecordSql(const std::string& variation);
 
  protected:
   void resetWorkingState() override;

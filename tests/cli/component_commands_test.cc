@@ -5,13 +5,14 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
+#include <vector>
 
+#include "cli_runner.h"
 #include "data/connection.h"
 #include "schema/schema.h"
 
@@ -26,18 +27,6 @@ std::string slurp(const fs::path& p) {
   s << f.rdbuf();
   return s.str();
 }
-
-std::string quoted(const std::string& arg) {
-  std::string q = "'";
-  for (char c : arg) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return q + "'";
-}
-
-struct Run {
-  int exit = -1;
-  std::string out;
-  std::string err;
-};
 
 class ComponentCommands : public ::testing::Test {
  protected:
@@ -61,20 +50,9 @@ class ComponentCommands : public ::testing::Test {
         "'L2')");
   }
 
-  Run run(const std::string& args) {
-    const char* cli = std::getenv("ORVALIS_CLI");
-    EXPECT_NE(cli, nullptr) << "ORVALIS_CLI names the built program";
-    const fs::path out = dir / "stdout.txt";
-    const fs::path err = dir / "stderr.txt";
-    std::string command = quoted(cli ? cli : "orvalis") + " --db " + quoted(dbUrl) + " --work-dir " +
-                          quoted(dir.string()) + " " + args + " >" + quoted(out.string()) + " 2>" +
-                          quoted(err.string()) + " </dev/null";
-    int status = std::system(command.c_str());
-    Run r;
-    r.exit = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    r.out = slurp(out);
-    r.err = slurp(err);
-    return r;
+  testing::CliResult run(std::vector<std::string> args) {
+    args.insert(args.begin(), {"--db", dbUrl});
+    return testing::runCli(args, dir.string());
   }
 
   fs::path dir;
@@ -82,8 +60,8 @@ class ComponentCommands : public ::testing::Test {
 };
 
 TEST_F(ComponentCommands, ClassesListsTheTwelveWithTheirMethods) {
-  Run r = run("classes");
-  EXPECT_EQ(r.exit, 0) << r.err;
+  testing::CliResult r = run({"classes"});
+  EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out,
             "ORVALIS.ReportingData\tExtractData\n"
             "ORVALIS.Absence\tExtractData\n"
@@ -100,20 +78,23 @@ TEST_F(ComponentCommands, ClassesListsTheTwelveWithTheirMethods) {
 }
 
 TEST_F(ComponentCommands, ResolvePrintsIdentifierClassAndModule) {
-  Run r = run("resolve 'pnl ' ' 28'");
-  EXPECT_EQ(r.exit, 0) << r.err;
+  testing::CliResult r = run({"resolve", "pnl ", " 28"});
+  EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "ORVALIS.Absence\tAbsence\tPNL\n");
-  r = run("resolve PNL 93");
-  EXPECT_EQ(r.exit, 1);
+  r = run({"resolve", "PNL", "93"});
+  EXPECT_EQ(r.status, 1);
   EXPECT_EQ(r.out, "\t\tPNL\n");
-  r = run("resolve pnl 06");
+  r = run({"resolve", "pnl", "06"});
   EXPECT_EQ(r.out.substr(r.out.find('\t')), "\tReportingData\tPAY\n");
 }
 
 TEST_F(ComponentCommands, ExtractWritesTheJsonShapeAndExitsZero) {
   createTables();
-  Run r = run("extract ReportingData ' locations ' '' False --format json");
-  ASSERT_EQ(r.exit, 0) << r.err;
+  testing::CliResult r = run({"extract", "ReportingData", " locations ", "", "False", "--format", "json"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  // Keys in this order: result, fields (name, type, size), rows.
+  EXPECT_EQ(r.out.rfind("{\"result\":true,\"fields\":[{\"name\":\"EMP_ID\",\"type\":", 0), 0u) << r.out;
+  EXPECT_NE(r.out.find("],\"rows\":[["), std::string::npos);
   nlohmann::json doc = nlohmann::json::parse(r.out);
   ASSERT_TRUE(doc.is_object());
   EXPECT_EQ(doc.size(), 3u);
@@ -132,12 +113,12 @@ TEST_F(ComponentCommands, ExtractWritesTheJsonShapeAndExitsZero) {
 
 TEST_F(ComponentCommands, ExtractCsvIsTheDefaultOffATerminalAndOutIsWrittenWhole) {
   createTables();
-  Run r = run("extract ORVALIS.ReportingData LOCATIONS L2 0");
-  ASSERT_EQ(r.exit, 0) << r.err;
+  testing::CliResult r = run({"extract", "ORVALIS.ReportingData", "LOCATIONS", "L2", "0"});
+  ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "EMP_ID,KNOWNAS,LOC_ID\nE2,\"Bob, \"\"B\"\"\",L2\n");
   const fs::path file = dir / "out.csv";
-  r = run("extract ReportingData LOCATIONS L2 0 --out " + quoted(file.string()));
-  ASSERT_EQ(r.exit, 0) << r.err;
+  r = run({"extract", "ReportingData", "LOCATIONS", "L2", "0", "--out", file.string()});
+  ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "");
   EXPECT_EQ(slurp(file), "EMP_ID,KNOWNAS,LOC_ID\nE2,\"Bob, \"\"B\"\"\",L2\n");
   for (const auto& entry : fs::directory_iterator(dir)) {
@@ -147,35 +128,34 @@ TEST_F(ComponentCommands, ExtractCsvIsTheDefaultOffATerminalAndOutIsWrittenWhole
 
 TEST_F(ComponentCommands, ExtractFalseExitsOne) {
   createTables();
-  Run r = run("extract Absence ANYTHING --format json");
-  EXPECT_EQ(r.exit, 1) << r.err;
-  nlohmann::json doc = nlohmann::json::parse(r.out);
-  EXPECT_EQ(doc["result"], false);
-  EXPECT_TRUE(doc["fields"].empty());
-  EXPECT_TRUE(doc["rows"].empty());
+  testing::CliResult r = run({"extract", "ReportingData", "NO_SUCH_EXTRACT", "", "0", "--format", "json"});
+  EXPECT_EQ(r.status, 1) << r.err;
+  EXPECT_EQ(r.out, "{\"result\":false,\"fields\":[],\"rows\":[]}\n");
 }
 
 TEST_F(ComponentCommands, ExtractErrorsExitTwo) {
   createTables();
-  Run r = run("extract ORVALIS.Payslips X");
-  EXPECT_EQ(r.exit, 2);
+  testing::CliResult r = run({"extract", "ORVALIS.Payslips", "X"});
+  EXPECT_EQ(r.status, 2);
   EXPECT_NE(r.err.find("ORVALIS.Payslips"), std::string::npos);
 
   // A missing parameter element: the block of ExtractData on stderr.
-  r = run("extract ReportingData LOCATIONS L1");
-  EXPECT_EQ(r.exit, 2);
+  r = run({"extract", "ReportingData", "LOCATIONS", "L1"});
+  EXPECT_EQ(r.status, 2);
   EXPECT_NE(r.err.find("------Function:ExtractData\r\n"), std::string::npos) << r.err;
   EXPECT_NE(r.err.find("Subscript out of range"), std::string::npos);
 
-  r = run("extract ReportingData LOCATIONS L1 0 --format yaml");
-  EXPECT_EQ(r.exit, 2);
+  r = run({"extract", "ReportingData", "LOCATIONS", "L1", "0", "--format", "yaml"});
+  EXPECT_EQ(r.status, 2);
 }
 
 TEST_F(ComponentCommands, ErrorsHandedToTheErrorComponentAreReportedWithExitTwo) {
-  // No tables: the recordset opener's failure goes to the error component.
-  Run r = run("extract ReportingData LOCATIONS '' 0 --format json");
-  EXPECT_EQ(r.exit, 2);
-  EXPECT_NE(r.err.find("BUSINESSOBJECT ERROR"), std::string::npos) << r.err;
+  // No employee table: the recordset opener's failure goes to the error
+  // component, which records it; the tool reports it and exits 2.
+  openConnection(dbUrl)->execute("CREATE TABLE OTHER (A INTEGER)");
+  testing::CliResult r = run({"extract", "ReportingData", "LOCATIONS", "", "0", "--format", "json"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("gfncOpenRecordset"), std::string::npos) << r.err;
   EXPECT_NE(r.err.find("PNLEMPMST"), std::string::npos) << r.err;
 }
 

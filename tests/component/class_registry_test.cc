@@ -68,11 +68,5 @@ TEST(ClassRegistry, IdentifiersCompareWithoutCaseAndNeedThePrefix) {
   }
 }
 
-TEST(ClassRegistry, EachCreationIsAFreshInstance) {
-  auto a = createReportClass("ORVALIS.ReportingData");
-  auto b = createReportClass("ORVALIS.ReportingData");
-  EXPECT_NE(a.get(), b.get());
-}
-
 }  // namespace
 }  // namespace orvalis

@@ -7,12 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "component/class_registry.h"
 #include "component/report_class.h"
 #include "component_env.h"
 #include "data/hr_environment.h"
 #include "data/sql_text.h"
-#include "orvalis/version.h"
 #include "runtime/ado.h"
 
 namespace orvalis {
@@ -124,20 +122,6 @@ TEST_F(EntrySequence, NoDrivingRowsGivesFalseALaidOutRecordsetAndNoTtx) {
   EXPECT_FALSE(ttxWritten());
 }
 
-TEST_F(EntrySequence, MissingParameterIsRaisedInTheBlockOfExtractData) {
-  Recordset rs;
-  Employees report(Handler::Block);
-  try {
-    report.ExtractData(e.shared(), "one", {}, rs);
-    FAIL();
-  } catch (const Error& err) {
-    EXPECT_EQ(err.number(), err::kSubscriptOutOfRange);
-    EXPECT_EQ(err.description(),
-              buildErrorBlock("ORVALIS", "Employees", "ExtractData", 5, "Subscript out of range",
-                              "STRMETHODNAME:ONE\r\nSTREMP_ID:\r\n", ""));
-  }
-}
-
 TEST_F(EntrySequence, BlockHandlerRaisesALoopFailureWithTheStepAsLine) {
   Recordset rs;
   Employees report(Handler::Block);
@@ -179,27 +163,6 @@ TEST_F(EntrySequence, ErrorComponentRetryRunsTheLoopAgain) {
   EXPECT_EQ(report.loops, 2);
   EXPECT_EQ(rs.recordCount(), 2);
   EXPECT_TRUE(ttxWritten());
-}
-
-TEST_F(EntrySequence, ErrorComponentSkipOfTheLoopKeepsFalse) {
-  e.errors().setAnswers({kAnswerSkip});
-  Recordset rs;
-  Employees report(Handler::ErrorComponent);
-  report.failIn = "loop";
-  EXPECT_FALSE(report.ExtractData(e.shared(), "ALL", {}, rs));
-  EXPECT_EQ(report.loops, 1);
-  EXPECT_FALSE(ttxWritten());
-}
-
-TEST_F(EntrySequence, ClassShellsRecogniseNoMethodYet) {
-  for (const ReportClassInfo& info : reportClasses()) {
-    if (info.name == "ReportingData") continue;
-    std::unique_ptr<ReportClass> c = createReportClass(info.classId());
-    Recordset rs;
-    EXPECT_FALSE(c->ExtractData(e.shared(), "ANYTHING", {"x"}, rs)) << info.name;
-    EXPECT_EQ(rs.fieldCount(), 0) << info.name;
-  }
-  EXPECT_TRUE(e.errors().errors().empty());
 }
 
 }  // namespace

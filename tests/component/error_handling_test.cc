@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -152,15 +151,11 @@ TEST_F(ErrorComponentHandler, SkipGoesOnWithTheNextStep) {
 }
 
 TEST_F(ErrorComponentHandler, LeaveEndsTheProcedureQuietlyWithItsCurrentResult) {
+  recorder->setAnswers({1});  // any answer but 4 and 5 leaves
   int result = 0;
   EXPECT_EQ(runSteps(1, &result), "10 20 ");
   EXPECT_EQ(result, 1);
   EXPECT_EQ(recorder->errors().size(), 1u);
-}
-
-TEST_F(ErrorComponentHandler, AnyOtherAnswerLeavesToo) {
-  recorder->setAnswer(1);
-  EXPECT_EQ(runSteps(5), "10 20 ");
 }
 
 TEST_F(ErrorComponentHandler, LastingRetryIsCappedThenLeft) {
@@ -199,25 +194,6 @@ TEST_F(ErrorComponentHandler, CallerGoesOnAfterAnInnerProcedureIsLeft) {
   EXPECT_EQ(trail, "caller-continues");
   ASSERT_EQ(recorder->errors().size(), 1u);
   EXPECT_EQ(recorder->errors()[0].procedure, "gfncOpenRecordset");
-}
-
-TEST_F(ErrorComponentHandler, RecordedErrorsAreReportedAsBlocksAndCleared) {
-  runSteps(1);
-  std::ostringstream out;
-  EXPECT_EQ(reportRecordedErrors(*recorder, out), 1u);
-  EXPECT_NE(out.str().find("------Function:gfncSample\r\n"), std::string::npos);
-  EXPECT_NE(out.str().find("------Line Number:20\r\n"), std::string::npos);
-  EXPECT_TRUE(recorder->errors().empty());
-}
-
-TEST(ErrorComponentFactory, MissingComponentCannotBeCreated) {
-  setErrorComponentFactory(nullptr);
-  try {
-    createErrorComponent();
-    FAIL();
-  } catch (const Error& e) {
-    EXPECT_EQ(e.number(), err::kClassNotRegistered);
-  }
 }
 
 }  // namespace

@@ -138,30 +138,5 @@ TEST(ReportReferences, PersonnelNumbersAndQuirks) {
   }
 }
 
-TEST(ReportReferences, ConvertReferenceOnlyReplacesPersonnelNumbers) {
-  for (auto [in, out] : std::vector<std::pair<std::string, std::string>>{{"01", "SIR_DATA"},
-                                                                         {"09", "HOLIDAYS"},
-                                                                         {"28", "ABSENCE"},
-                                                                         {"90", "ESTABLISHMENT"},
-                                                                         {"91", "JOB_ANALYSIS"},
-                                                                         {"92", "SIR_CPD"},
-                                                                         {"93", "TRAINING_COSTS"},
-                                                                         {"94", "EMPLOYEE_ADDRESSES"},
-                                                                         {"95", "95"},
-                                                                         {"1", "1"},
-                                                                         {" 28", " 28"}}) {
-    std::string ref = in;
-    subConvertReference(ref);
-    EXPECT_EQ(ref, out);
-  }
-}
-
-TEST(ReportReferences, ComponentNamesAreConfiguration) {
-  ComponentNames saved = componentNames();
-  componentNames().payroll = "ACMEPAY";
-  EXPECT_EQ(gfncGetBusObjectID("PNL", "74"), "ACMEPAY.NewHRRecords");
-  componentNames() = saved;
-}
-
 }  // namespace
 }  // namespace orvalis

@@ -1,6 +1,7 @@
 // The statement trace: one "provider<TAB>sql" line per statement sent.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -21,13 +22,17 @@ std::vector<std::string> readLines(const std::string& path) {
   return lines;
 }
 
+// A trace file name of this process's own.
+std::string tracePath(const std::string& tag) {
+  return (std::filesystem::temp_directory_path() /
+          ("orvalis_trace_" + std::to_string(::getpid()) + "_" + tag + ".txt"))
+      .string();
+}
+
 class DriverTrace : public ::testing::TestWithParam<Engine> {
  protected:
   void SetUp() override {
-    path_ = (std::filesystem::temp_directory_path() /
-             ("orvalis_trace_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) + "_" +
-              test::engineName(GetParam()) + "_" + std::to_string(reinterpret_cast<uintptr_t>(this)) + ".txt"))
-                .string();
+    path_ = tracePath(test::engineName(GetParam()));
   }
   void TearDown() override { std::filesystem::remove(path_); }
   std::string path_;
@@ -68,7 +73,7 @@ INSTANTIATE_TEST_SUITE_P(AllDrivers, DriverTrace,
                          [](const auto& info) { return std::string(test::engineName(info.param)); });
 
 TEST(FileTrace, AppendsToAnExistingFileAndSharesAcrossConnections) {
-  const std::string path = (std::filesystem::temp_directory_path() / "orvalis_trace_append_test.txt").string();
+  const std::string path = tracePath("append");
   std::filesystem::remove(path);
   { std::ofstream(path) << "earlier line\n"; }
   auto trace = fileTrace(path);

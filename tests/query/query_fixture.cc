@@ -85,6 +85,10 @@ void QueryDatabase::gridColumn(const std::string& code, const std::string& item,
 
 void QueryDatabase::criterion(const std::string& code, const std::string& item, const std::string& function,
                               const std::string& value) {
+  // A row may be both a column and a criterion.
+  long n = env_->hrConnection().execute("update ADMGRIDD set QUERY_FUNCTION = " + q(function) + ", QUERY_VALUE = " +
+                                        q(value) + " where CODE_ID = " + q(code) + " and ITEM_ID = " + q(item));
+  if (n > 0) return;
   exec("insert into ADMGRIDD (CODE_ID, ITEM_ID, INCLUDE_YN, QUERY_FUNCTION, QUERY_VALUE) values (" + q(code) + ", " +
        q(item) + ", 'N', " + q(function) + ", " + q(value) + ")");
 }

@@ -40,9 +40,15 @@ TEST_F(FilesTest, WorkFolderIsCreatedOnFirstUse) {
   EXPECT_EQ(workFolder(), dir_ / "work");
   EXPECT_TRUE(fs::is_directory(dir_ / "work"));
   setWorkFolder({});
+  const char* before = std::getenv("ORVALIS_WORK_DIR");
+  std::string saved = before ? before : "";
   ::setenv("ORVALIS_WORK_DIR", (dir_ / "env").c_str(), 1);
   EXPECT_EQ(workFolder(), dir_ / "env");
-  ::unsetenv("ORVALIS_WORK_DIR");
+  if (before) {
+    ::setenv("ORVALIS_WORK_DIR", saved.c_str(), 1);
+  } else {
+    ::unsetenv("ORVALIS_WORK_DIR");
+  }
 }
 
 TEST_F(FilesTest, WorkFolderThatCannotBeCreatedRaises) {

@@ -1,0 +1,93 @@
+// Building the demo database: the same options give the same data (on one
+// engine and across engines), an existing schema is kept unless replacing
+// is asked for, and the control parameters read back through the getter's
+// key rules.
+#include <gtest/gtest.h>
+
+#include "component/recording_error_component.h"
+#include "data/control.h"
+#include "data/hr_environment.h"
+#include "data/standalone_environment.h"
+#include "demo_fixture.h"
+#include "runtime/error.h"
+#include "schema/schema.h"
+
+namespace orvalis::testing {
+namespace {
+
+constexpr int kSmall = 160;
+
+std::map<std::string, uint64_t> buildAndSum(test::Engine engine, uint64_t seed, DemoReport* report = nullptr) {
+  test::ScratchDatabase db(engine);
+  auto connection = db.connect();
+  DemoReport r = buildDemoDatabase(*connection, demoOptions(kSmall, seed));
+  if (report) *report = r;
+  return tableChecksums(*connection);
+}
+
+TEST(DemoBuild, OneSeedGivesTheSameDatabaseTwice) {
+  auto first = buildAndSum(test::Engine::SQLite, 42);
+  auto second = buildAndSum(test::Engine::SQLite, 42);
+  EXPECT_EQ(first, second);
+  auto other = buildAndSum(test::Engine::SQLite, 43);
+  EXPECT_NE(first.at("PNLEMPMST"), other.at("PNLEMPMST"));
+  EXPECT_NE(first.at("PNLEMPABS"), other.at("PNLEMPABS"));
+  EXPECT_EQ(first.at("PNLDEPT"), other.at("PNLDEPT"));  // reference data does not depend on the seed
+}
+
+TEST(DemoBuild, PostgreSQLHoldsTheSameValuesAsSQLite) {
+  DemoReport sqliteReport, postgresReport;
+  auto sqlite = buildAndSum(test::Engine::SQLite, 5, &sqliteReport);
+  auto postgres = buildAndSum(test::Engine::PostgreSQL, 5, &postgresReport);
+  for (const auto& [table, sum] : sqlite) EXPECT_EQ(sum, postgres.at(table)) << table;
+  EXPECT_EQ(sqliteReport.tables, postgresReport.tables);
+  EXPECT_GT(postgresReport.databaseBytes, 0);
+}
+
+TEST(DemoBuild, AnExistingSchemaIsReplacedOnlyWhenAsked) {
+  test::ScratchDatabase db(test::Engine::SQLite);
+  auto connection = db.connect();
+  createSchema(*connection);
+  connection->execute("insert into PNLDEPT (VARIATION_ID, CODE_ID, DESCRIPTION) values ('ORV01', 'OLD', 'Kept')");
+  EXPECT_THROW(buildDemoDatabase(*connection, demoOptions(20, 1)), Error);
+  EXPECT_EQ(scalar(*connection, "select count(*) from PNLDEPT"), 1);
+
+  DemoOptions replace = demoOptions(20, 1);
+  replace.replace = true;
+  std::vector<double> shares;
+  replace.progress = [&](double share, const std::string&) { shares.push_back(share); };
+  DemoReport report = buildDemoDatabase(*connection, replace);
+  EXPECT_EQ(scalar(*connection, "select count(*) from PNLDEPT where CODE_ID = 'OLD'"), 0);
+  EXPECT_EQ(scalar(*connection, "select count(*) from PNLEMPMST"), 20);
+  ASSERT_FALSE(shares.empty());
+  EXPECT_DOUBLE_EQ(shares.back(), 1.0);
+  EXPECT_TRUE(std::is_sorted(shares.begin(), shares.end()));
+  EXPECT_EQ(demoSummary(report).rfind("wrote ", 0), 0u);
+}
+
+TEST(DemoBuild, ControlParametersFollowTheGettersKeyRules) {
+  auto errors = installRecordingErrorComponent();
+  for (const char* company : {"ORV01", "ORV02"}) {
+    StandaloneConfig config;
+    config.hrUrl = sharedDemo().db->url();
+    config.companyCode = company;
+    config.userCode = "ADMIN";
+    HREnvironment::set(std::make_shared<StandaloneEnvironment>(config));
+    clearControlCache();
+    bool first = std::string(company) == "ORV01";
+    EXPECT_EQ(gfncGetControlValue("", "PNL", "ABSDECPT"), first ? "2" : "1") << company;
+    EXPECT_EQ(gfncGetControlValue("", "PAY", "WEEK1START"), "06/04/2026") << company;
+    EXPECT_EQ(gfncGetControlValue("", "PAY", "INPUTSEQ"), "1250") << company;
+    EXPECT_EQ(gfncGetControlValue("", "VAR", "DEBUG"), "NO") << company;
+    EXPECT_EQ(gfncGetControlValue("", "PNL", "DEFWP"), "STD") << company;
+    EXPECT_EQ(gfncGetControlValue("", "XYZ", "GENTTX"), "N") << company;  // unknown modules read ADM
+    EXPECT_EQ(gfncGetControlValue("", "VLE", "VERSION"), "5.1") << company;
+    EXPECT_EQ(gfncGetControlValue("", "PNL", "ABSYEAR"), first ? "01/01/2026" : "01/04/2026") << company;
+  }
+  HREnvironment::set(nullptr);
+  clearControlCache();
+  EXPECT_TRUE(errors->errors().empty());
+}
+
+}  // namespace
+}  // namespace orvalis::testing

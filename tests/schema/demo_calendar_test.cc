@@ -1,0 +1,68 @@
+// Easter and the England and Wales bank holidays the demo data uses.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "runtime/date_time.h"
+#include "schema/demo_calendar.h"
+
+namespace orvalis::demo {
+namespace {
+
+std::vector<std::string> isoDays(int year) {
+  std::vector<std::string> days;
+  for (const BankHoliday& b : bankHolidays(year)) days.push_back(DateTime::fromDays(b.day).iso());
+  return days;
+}
+
+TEST(DemoCalendar, EasterSundays) {
+  struct Case {
+    int year, month, day;
+  } cases[] = {{2000, 4, 23}, {2008, 3, 23}, {2011, 4, 24}, {2019, 4, 21}, {2024, 3, 31}, {2025, 4, 20}, {2026, 4, 5},
+               {2038, 4, 25}};
+  for (const Case& c : cases) EXPECT_EQ(easterSunday(c.year), dayOf(c.year, c.month, c.day)) << c.year;
+}
+
+TEST(DemoCalendar, BankHolidaysOfOrdinaryYears) {
+  EXPECT_EQ(isoDays(2025), (std::vector<std::string>{"2025-01-01", "2025-04-18", "2025-04-21", "2025-05-05",
+                                                      "2025-05-26", "2025-08-25", "2025-12-25", "2025-12-26"}));
+  EXPECT_EQ(isoDays(2026), (std::vector<std::string>{"2026-01-01", "2026-04-03", "2026-04-06", "2026-05-04",
+                                                      "2026-05-25", "2026-08-31", "2026-12-25", "2026-12-28"}));
+}
+
+TEST(DemoCalendar, SubstituteDaysForWeekends) {
+  // 2021: Christmas on Saturday, Boxing Day on Sunday.
+  std::vector<std::string> y2021 = isoDays(2021);
+  EXPECT_EQ(y2021[y2021.size() - 2], "2021-12-27");
+  EXPECT_EQ(y2021.back(), "2021-12-28");
+  // 2022: New Year's Day on Saturday; Christmas on Sunday.
+  std::vector<std::string> y2022 = isoDays(2022);
+  EXPECT_EQ(y2022.front(), "2022-01-03");
+  EXPECT_EQ(y2022[y2022.size() - 2], "2022-12-26");
+  EXPECT_EQ(y2022.back(), "2022-12-27");
+  // 2023: New Year's Day on Sunday.
+  EXPECT_EQ(isoDays(2023).front(), "2023-01-02");
+  // 2020: Boxing Day on Saturday.
+  EXPECT_EQ(isoDays(2020).back(), "2020-12-28");
+}
+
+TEST(DemoCalendar, OneOffChanges) {
+  std::vector<std::string> y2020 = isoDays(2020);
+  EXPECT_NE(std::find(y2020.begin(), y2020.end(), "2020-05-08"), y2020.end());
+  EXPECT_EQ(std::find(y2020.begin(), y2020.end(), "2020-05-04"), y2020.end());
+  std::vector<std::string> y2022 = isoDays(2022);
+  for (const char* day : {"2022-06-02", "2022-06-03", "2022-09-19"}) {
+    EXPECT_NE(std::find(y2022.begin(), y2022.end(), day), y2022.end()) << day;
+  }
+  EXPECT_EQ(std::find(y2022.begin(), y2022.end(), "2022-05-30"), y2022.end());
+  std::vector<std::string> y2023 = isoDays(2023);
+  EXPECT_EQ(y2023.size(), 9u);  // the coronation
+  for (int year = 1990; year <= 2040; ++year) {
+    for (const BankHoliday& b : bankHolidays(year)) EXPECT_LT(weekdayOf(b.day), 6) << DateTime::fromDays(b.day).iso();
+  }
+}
+
+}  // namespace
+}  // namespace orvalis::demo
