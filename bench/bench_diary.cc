@@ -14,7 +14,10 @@
 //   build/bench/bench_diary --benchmark_counters_tabular=true
 //
 // Counters: absences/s, days/s (days counted per second), us/absence (to see
-// that the time grows linearly with the number of absences).
+// that the time grows linearly with the number of absences). The Warm run
+// counts absences a run has already met (every statement answered from the
+// run's cache); the Uncached run turns the run's statement cache off.
+// ORVALIS_BENCH_TRACE_SQL=FILE appends every statement sent to FILE.
 
 #include <benchmark/benchmark.h>
 #include <unistd.h>
@@ -109,8 +112,9 @@ struct Bench {
       std::cerr << "bench_diary: only " << absences.size() << " absences in " << path << "\n";
     }
   }
+  // The environment holder is per thread and already gone when statics are
+  // destroyed: only the environment and the temporary file are released.
   ~Bench() {
-    HREnvironment::set(nullptr);
     env.reset();
     if (temporary) std::filesystem::remove(path);
   }

@@ -101,6 +101,16 @@ long companyEmployees(Connection& connection) {
   return static_cast<long>(rs.get(0).toDouble());
 }
 
+// The result rows as one text, to compare runs.
+std::string resultText(const Recordset& rs) {
+  std::string text;
+  for (long r = 0; r < rs.rowCount(); ++r) {
+    for (int c = 0; c < rs.fieldCount(); ++c) text += rs.textAt(r, c) + '\t';
+    text += '\n';
+  }
+  return text;
+}
+
 void hesaCheck(benchmark::State& state, const std::string& url, RecordReads reads) {
   if (url.empty()) {
     state.SkipWithError("ORVALIS_BENCH_PG_URL and ORVALIS_TEST_PG_URL are not set: PostgreSQL skipped");
@@ -120,13 +130,22 @@ void hesaCheck(benchmark::State& state, const std::string& url, RecordReads read
   const long employees = companyEmployees(environment->hrConnection());
 
   long rows = 0;
+  std::string text;
   for (auto _ : state) {
     reports::SIR_HE report;
     report.setRecordReads(reads);
     Recordset rs;
     if (!report.ExtractData(environment, "SIR_DATA", Parameters{}, rs)) state.SkipWithError("no rows");
     rows = rs.recordCount();
+    state.PauseTiming();
+    text = resultText(rs);
+    state.ResumeTiming();
   }
+  // Both ways of reading must give the same rows: the second run of a
+  // database compares with the first.
+  static std::map<std::string, std::string> firstResult;
+  auto [it, first] = firstResult.emplace(url, text);
+  if (!first) state.counters["same_rows"] = it->second == text ? 1 : 0;
   if (!recorder->errors().empty()) state.SkipWithError(recorder->errors().front().description.c_str());
   state.counters["employees"] = static_cast<double>(employees);
   state.counters["defect_rows"] = static_cast<double>(rows);

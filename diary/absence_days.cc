@@ -122,7 +122,7 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
         // The date's listing is read before either half is asked about, so
         // that the morning this post has just listed does not hide its own
         // afternoon when halves are not told apart.
-        const std::string date = d.house();
+        const std::string date = diary::houseText(d);
         const std::string amKey = whole == "N" ? date + "+AM" : date;
         const std::string pmKey = whole == "N" ? date + "+PM" : date;
         const bool amListed = datesListHolds(amKey);
@@ -279,7 +279,7 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
       step(60, [&] {
         double days = 0;
         double hours = 0;
-        gfncDiaryDayHourCount("", "", dayType, emp, seq, first->house(), fromHalf, fromTime, last->house(), toHalf,
+        gfncDiaryDayHourCount("", "", dayType, emp, seq, diary::houseText(*first), fromHalf, fromTime, diary::houseText(*last), toHalf,
                               toTime, days, hours, patterns, "N", wholeDaysOnly);
         totalDays = days;
         totalHours = hours;
@@ -300,7 +300,7 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
         seqId = norm(field(row, seqField).text());
         const bool zeroHours = val(field(row, hoursField).text()) == 0;
         std::optional<DateTime> anchor = diary::dateOf(field(row, wpField));
-        wpStart = anchor ? anchor->house() : "NONE";
+        wpStart = anchor ? diary::houseText(*anchor) : "NONE";
         DateTime postFrom = *first;
         DateTime postTo = *last;
         std::string skipped;
@@ -329,8 +329,8 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
         double hours = 0;
         // The absence's half markers and times go with the post's dates as
         // they stand.
-        gfncDiaryDayHourCount(catId, wpStart, dayType, emp, seqId, postFrom.house(), fromHalf, fromTime,
-                              postTo.house(), toHalf, toTime, days, hours, patterns, "N", wholeDaysOnly);
+        gfncDiaryDayHourCount(catId, wpStart, dayType, emp, seqId, diary::houseText(postFrom), fromHalf, fromTime,
+                              diary::houseText(postTo), toHalf, toTime, days, hours, patterns, "N", wholeDaysOnly);
         totalDays += days;
         totalHours += hours;
       });

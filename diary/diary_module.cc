@@ -46,6 +46,17 @@ bool readsTrue(std::string_view s) {
   return f == "Y" || f == "T" || f == "1";
 }
 
+std::string houseText(DateTime d) {
+  int y = 0, m = 0, day = 0;
+  civilFromDays(d.days(), y, m, day);
+  if (y < 0 || y > 9999) return d.house();
+  char text[10] = {static_cast<char>('0' + day / 10), static_cast<char>('0' + day % 10), '/',
+                   static_cast<char>('0' + m / 10),   static_cast<char>('0' + m % 10),   '/',
+                   static_cast<char>('0' + y / 1000), static_cast<char>('0' + y / 100 % 10),
+                   static_cast<char>('0' + y / 10 % 10), static_cast<char>('0' + y % 10)};
+  return std::string(text, 10);
+}
+
 std::string clockText(int seconds) {
   seconds = ((seconds % 86400) + 86400) % 86400;
   return fmt::format("{:02}:{:02}", seconds / 3600, (seconds / 60) % 60);

@@ -39,6 +39,10 @@ std::string firstLetter(std::string_view s);
 // "Y", "T" or "1" (first letter): a flag that reads true.
 bool readsTrue(std::string_view s);
 
+// "DD/MM/YYYY": DateTime::house() without the formatting library (it is
+// written for every half day counted).
+std::string houseText(DateTime d);
+
 // "HH:MM" of seconds into the day.
 std::string clockText(int seconds);
 

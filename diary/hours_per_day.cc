@@ -1,8 +1,11 @@
 #include "diary/hours_per_day.h"
 
+#include "data/dialect.h"
+
 #include "data/control.h"
 #include "data/sql_text.h"
 #include "diary/diary_module.h"
+#include "diary/pattern_set.h"
 #include "diary/post_lookup.h"
 #include "runtime/basic_number.h"
 #include "runtime/basic_string.h"
@@ -40,8 +43,16 @@ double gfncDiaryDaysPerWeek(const std::string& employee, const std::string& cate
       int fwpField = rs->fieldIndex("FWP");
       fwp = fwpField >= 0 ? trim(rs->at(0, fwpField).text()) : "";
       if (diary::readsTrue(fwp)) {
-        // The distinct key is the database's own value of week_id + day_id.
-        sql = "select count(distinct(week_id + day_id)) as days from PNLCATFWP " + diary::whereVariation() + " " +
+        // The distinct key is the database's own value of week_id + day_id:
+        // on SQL Server's text columns "+" joins the two texts, so every
+        // (week, day) pair is its own key. SQLite would add them as numbers
+        // and PostgreSQL has no "+" for texts, so both are given the
+        // concatenation SQL Server performs.
+        const char* key = isSqlServerFamily() && currentDialect() != Dialect::SqlServer
+                              ? "week_id || day_id"
+                              : "week_id + day_id";
+        sql = std::string("select count(distinct(") + key + ")) as days from PNLCATFWP " +
+              diary::whereVariation() + " " +
               "and cat_id = '" + sqlQuote(cat) + "' " + "and worked = 'Y'";
         noOfDays = trim(diary::firstValue(sql, run).text());
         sql = "select week_id from PNLCATFWP " + diary::whereVariation() + " " + "and cat_id = '" +
@@ -62,6 +73,14 @@ double gfncDiaryDaysPerWeek(const std::string& employee, const std::string& cate
   });
   if (!(result > 0)) result = 5;
   return result;
+}
+
+double diary::daysPerWeek(const std::string& employee, const std::string& category, PatternSet& run) {
+  const std::string key = "DAYS_PER_WEEK\x1f" + category;
+  if (const Value* v = run.remembered(key)) return v->asDouble();
+  double days = gfncDiaryDaysPerWeek(employee, category, &run);
+  run.remember(key, Value(days));
+  return days;
 }
 
 double gfncEmployeeHoursPerDay(const std::string& employee, const std::string& post, const std::string& category,

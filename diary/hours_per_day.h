@@ -1,7 +1,8 @@
 // A category's worked days per week and an employee's hours per day.
 //
 // gfncDiaryDaysPerWeek: for a fixed rotating pattern, the distinct worked
-// slots (the database's value of week_id + day_id, counted distinct) over
+// slots (week_id + day_id as SQL Server evaluates it on the text columns,
+// that is one key per week and day, counted distinct) over
 // the rotation's last week number; for a weekday pattern, the weekday flags
 // that read true; 5 when that gives nothing. gfncEmployeeHoursPerDay: the
 // post's (or else the employee's standard) weekly hours over those days,

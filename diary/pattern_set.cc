@@ -195,7 +195,20 @@ std::shared_ptr<const Recordset> PatternSet::rows(const std::string& sql) {
 
 void PatternSet::setStatementCache(bool on) {
   cacheStatements_ = on;
-  if (!on) statements_.clear();
+  if (!on) {
+    statements_.clear();
+    derived_.clear();
+  }
+}
+
+const Value* PatternSet::remembered(const std::string& key) const {
+  if (!cacheStatements_) return nullptr;
+  auto it = derived_.find(key);
+  return it == derived_.end() ? nullptr : &it->second;
+}
+
+void PatternSet::remember(const std::string& key, Value value) {
+  if (cacheStatements_) derived_[key] = std::move(value);
 }
 
 }  // namespace orvalis

@@ -14,9 +14,12 @@
 // the diary repeats for every date (the post's category, weekly hours and
 // rotation anchor, the posts of an absence, a category's days per week): the
 // first execution of a statement text is remembered and later executions of
-// the same text return the same rows. setStatementCache(false) turns that
-// off. Keys compare trimmed and upper-cased, as the original's recordset
-// filters did.
+// the same text return the same rows. The values the diary derives from
+// those rows alone (a post's weekly hours, a category's days per week) are
+// remembered beside them. The statements of a run are few (a handful per
+// post and category), so the memory stays proportional to the posts the run
+// touches. setStatementCache(false) turns all of it off. Keys compare
+// trimmed and upper-cased, as the original's recordset filters did.
 //
 // Owns its recordsets and indexes; not thread-safe (one run, one thread).
 #pragma once
@@ -93,6 +96,12 @@ class PatternSet {
   // Recordset::at(); the cursor of a shared result is not to be moved.
   std::shared_ptr<const Recordset> rows(const std::string& sql);
   void setStatementCache(bool on);
+  bool statementCache() const { return cacheStatements_; }
+
+  // A value derived from the run's statements, remembered under a key while
+  // the statement cache is on; nullptr when none is remembered.
+  const Value* remembered(const std::string& key) const;
+  void remember(const std::string& key, Value value);
 
   // ---- Explanation hook ----
   DiaryTrace* trace() const { return trace_; }
@@ -109,6 +118,7 @@ class PatternSet {
 
   bool cacheStatements_ = true;
   std::unordered_map<std::string, std::shared_ptr<const Recordset>> statements_;
+  std::unordered_map<std::string, Value> derived_;
   DiaryTrace* trace_ = nullptr;
 };
 

@@ -25,25 +25,66 @@ std::string employeeClause(const std::string& employee) {
   return " and EMP_ID = '" + sqlQuote(employee) + "'";
 }
 
+namespace {
+
+// The first value of a statement, remembered by the run under a short key
+// so that the statement text need not even be built again.
+template <typename MakeSql>
+Value rememberedFirstValue(const std::string& key, MakeSql makeSql, PatternSet* run) {
+  if (run != nullptr) {
+    if (const Value* v = run->remembered(key)) return *v;
+  }
+  std::shared_ptr<const Recordset> rs = statementRows(makeSql(), run);
+  if (!rs) return Value();  // a failed statement is tried again next time
+  Value v = rs->rowCount() > 0 && rs->fieldCount() > 0 ? rs->at(0, 0) : Value();
+  if (run != nullptr) run->remember(key, v);
+  return v;
+}
+
+std::string memoKey(const char* what, const std::string& a, const std::string& b, const std::string& c = "") {
+  std::string key(what);
+  key += '\x1f';
+  key += a;
+  key += '\x1f';
+  key += b;
+  key += '\x1f';
+  key += c;
+  return key;
+}
+
+}  // namespace
+
 std::string postCategory(const std::string& employee, const std::string& post, PatternSet* run) {
-  return norm(firstValue("select PNL_CAT_ID from PNLEMPHST " + whereVariation() + " " + "and SEQ_ID = '" +
-                             sqlQuote(post) + "'" + employeeClause(employee),
-                         run)
+  return norm(rememberedFirstValue(
+                  memoKey("PNL_CAT_ID", employee, post),
+                  [&] {
+                    return "select PNL_CAT_ID from PNLEMPHST " + whereVariation() + " " + "and SEQ_ID = '" +
+                           sqlQuote(post) + "'" + employeeClause(employee);
+                  },
+                  run)
                   .text());
 }
 
+
 std::optional<double> postHoursPerWeek(const std::string& employee, const std::string& post, PatternSet* run) {
-  return numberOf(firstValue("select HOURS_PER_WEEK from PNLEMPHST " + whereVariation() + " " +
-                                 "and SEQ_ID = '" + sqlQuote(post) + "'" + employeeClause(employee),
-                             run));
+  return numberOf(rememberedFirstValue(
+      memoKey("HOURS_PER_WEEK", employee, post),
+      [&] {
+        return "select HOURS_PER_WEEK from PNLEMPHST " + whereVariation() + " " + "and SEQ_ID = '" + sqlQuote(post) +
+               "'" + employeeClause(employee);
+      },
+      run));
 }
 
 Value postPatternStart(const std::string& employee, const std::string& post, const std::string& category,
                        PatternSet* run) {
-  return firstValue("select WP_START_DATE from PNLEMPHST " + whereVariation() + " " + "and SEQ_ID = '" +
-                        sqlQuote(post) + "' " + "and PNL_CAT_ID = '" + sqlQuote(category) + "'" +
-                        employeeClause(employee),
-                    run);
+  return rememberedFirstValue(
+      memoKey("WP_START_DATE", employee, post, category),
+      [&] {
+        return "select WP_START_DATE from PNLEMPHST " + whereVariation() + " " + "and SEQ_ID = '" + sqlQuote(post) +
+               "' " + "and PNL_CAT_ID = '" + sqlQuote(category) + "'" + employeeClause(employee);
+      },
+      run);
 }
 
 std::string employeeCategory(const std::string& employee, PatternSet* run) {

@@ -42,5 +42,8 @@ std::string employeeCategory(const std::string& employee, PatternSet* run);
 // STD_HOURS of the employee, when numeric.
 std::optional<double> employeeStandardHours(const std::string& employee, PatternSet* run);
 
+// gfncDiaryDaysPerWeek of a category, remembered by the run.
+double daysPerWeek(const std::string& employee, const std::string& category, PatternSet& run);
+
 }  // namespace diary
 }  // namespace orvalis

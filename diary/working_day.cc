@@ -50,39 +50,38 @@ std::string moveTime(const std::string& time, long minutes) {
   return diary::clockText(*t + static_cast<int>(minutes) * 60);
 }
 
-}  // namespace
-
-bool gfncDiaryWorkingDay(DateTime date, const std::string& employee, const std::string& post,
-                         const std::string& category, const std::string& dayType, double& hours,
-                         std::string& startTime, std::string& endTime, PatternSet& patterns,
-                         const std::string& timeSlot, const std::string& fromTime, const std::string& toTime,
-                         DayVerdict* verdict) {
-  date = date.datePart();
-  hours = 0;
-  startTime.clear();
-  endTime.clear();
-  bool worked = false;
-  DayVerdict why = DayVerdict::Worked;
-
-  const std::string emp = trim(employee);
-  const std::string seq = trim(post);
-  const std::string type = norm(dayType);
-  const std::string slot = norm(timeSlot);
-  const std::string from = trim(fromTime);
-  const std::string to = trim(toTime);
-  std::string cat = norm(category);
+// The procedure's variables. The step lambdas capture only this (one
+// pointer), so that running a step costs no allocation: the check runs for
+// every half day of every absence of a report.
+struct WorkingDayLocals {
+  DateTime date;
+  std::string emp;
+  std::string seq;
+  std::string type;
+  std::string slot;
+  std::string from;
+  std::string to;
+  std::string cat;
   const CategoryPattern* pattern = nullptr;
   int dayNumber = 0;
   bool checkNwd = false;
+  bool worked = false;
+  DayVerdict why = DayVerdict::Worked;
   std::string weekId;
   std::string wpStart;
-  std::string hoursWeek;
+  std::optional<double> hoursWeek;
   std::string fwpStart;
   std::string fwpEnd;
   long adjust = 0;
+  double& hours;
+  std::string& startTime;
+  std::string& endTime;
+  PatternSet& patterns;
 
-  Procedure proc = diary::procedure("gfncDiaryWorkingDay");
-  proc.variables([&] {
+  WorkingDayLocals(double& h, std::string& s, std::string& e, PatternSet& p)
+      : hours(h), startTime(s), endTime(e), patterns(p) {}
+
+  std::string dump() const {
     return Dump()
         .item("STREMP_ID:", emp)
         .item("STRCAT_ID:", cat)
@@ -98,7 +97,7 @@ bool gfncDiaryWorkingDay(DateTime date, const std::string& employee, const std::
         .item("BOLCHECKNWD = ", checkNwd)
         .item("STRWP_END_DATE = ", pattern ? pattern->endDateText : "")
         .item("INTLENGTH = ", static_cast<long>(pattern ? pattern->length : 0))
-        .item("STRHOURS_WEEK = ", hoursWeek)
+        .item("STRHOURS_WEEK = ", hoursWeek ? numberText(*hoursWeek) : "")
         .item("STRFWPSTARTTIME = ", fwpStart)
         .item("STRFWPENDTIME = ", fwpEnd)
         .item("STRABSOLUTESTARTTIME = ", startTime)
@@ -109,107 +108,144 @@ bool gfncDiaryWorkingDay(DateTime date, const std::string& employee, const std::
         .item("STRTIME_ID = ", slot)
         .item("INTMINS = ", adjust)
         .text();
-  });
-  proc.run([&](Steps& step) {
-    step(10, [&] { gsubDiarySetUp(patterns); });
-    step(20, [&] {
-      if (cat.empty()) cat = diary::postCategory(emp, seq, &patterns);
-      if (cat.empty()) cat = norm(gfncGetControlValue("", "PNL", "DEFWP"));
-    });
-    step(30, [&] {
-      dayNumber = weekday(date);
-      pattern = cat.empty() ? nullptr : patterns.category(cat);
-      if (pattern != nullptr && pattern->variationId.empty()) pattern = nullptr;
-      if (pattern == nullptr) {
-        // No pattern: Monday to Friday.
-        worked = dayNumber < 6;
-        if (!worked) why = DayVerdict::NoPatternWeekend;
-      }
-    });
-    if (pattern != nullptr) {
-      step(40, [&] {
-        const std::string& nwd = pattern->nwdId;
-        checkNwd = nwd != "N";
-        if (checkNwd) {
-          if ((type == "P" && instr(nwd, "NCEH") > 0) || (type == "S" && instr(nwd, "NBDH") > 0) ||
-              (type == "H" && instr(nwd, "NADE") > 0)) {
-            checkNwd = false;
-          }
-        }
-      });
-      step(50, [&] {
-        if (pattern->fwp == "Y") return;
-        worked = pattern->workDay[dayNumber - 1].substr(0, 1) != "N";
-        if (!worked) {
-          why = DayVerdict::WeekdayFlag;
-          return;
-        }
-        // Deliberately the hours of one half day, whatever slot was asked.
-        std::optional<double> perWeek = diary::postHoursPerWeek(emp, seq, &patterns);
-        hoursWeek = perWeek ? numberText(*perWeek) : "";
-        double weekly = perWeek ? *perWeek : 0.0;
-        double days = gfncDiaryDaysPerWeek(emp, cat, &patterns);
-        if (weekly > 0 && days > 0) hours = weekly / days / 2;
-      });
-      step(60, [&] {
-        if (pattern->fwp != "Y") return;
-        Value anchorValue = diary::postPatternStart(emp, seq, cat, &patterns);
-        wpStart = trim(anchorValue.text());
-        std::optional<DateTime> anchor = diary::dateOf(anchorValue);
-        if (!anchor) anchor = pattern->startDate;
-        std::optional<int> week = rotationWeek(date, anchor, pattern->length, pattern->endDate);
-        if (!week) {
-          why = DayVerdict::OutsidePattern;
-          return;
-        }
-        weekId = std::to_string(*week);
-        worked = fncGetWPDays(patterns, cat, weekId, std::to_string(dayNumber), slot, fwpStart, fwpEnd, hours) == "Y";
-        if (!worked) why = DayVerdict::PatternSlot;
-        startTime = fwpStart;
-        endTime = fwpEnd;
-      });
-      step(70, [&] {
-        if (!worked || !checkNwd) return;
-        if (patterns.inNonWorkingPeriod(cat, date)) {
-          worked = false;
-          why = DayVerdict::NonWorkingPeriod;
-        } else if (patterns.isBankHoliday(date)) {
-          worked = false;
-          why = DayVerdict::BankHoliday;
-        }
-        if (!worked) {
-          hours = 0;
-          startTime.clear();
-          endTime.clear();
-        }
-      });
+  }
+
+  void category() {
+    if (cat.empty()) cat = diary::postCategory(emp, seq, &patterns);
+    if (cat.empty()) cat = norm(gfncGetControlValue("", "PNL", "DEFWP"));
+  }
+
+  void findPattern() {
+    dayNumber = date.weekday();
+    pattern = cat.empty() ? nullptr : patterns.category(cat);
+    if (pattern != nullptr && pattern->variationId.empty()) pattern = nullptr;
+    if (pattern == nullptr) {
+      // No pattern: Monday to Friday.
+      worked = dayNumber < 6;
+      if (!worked) why = DayVerdict::NoPatternWeekend;
+    }
+  }
+
+  void nonWorkingRules() {
+    const std::string& nwd = pattern->nwdId;
+    checkNwd = nwd != "N";
+    if (checkNwd && ((type == "P" && instr(nwd, "NCEH") > 0) || (type == "S" && instr(nwd, "NBDH") > 0) ||
+                     (type == "H" && instr(nwd, "NADE") > 0))) {
+      checkNwd = false;
+    }
+  }
+
+  void weekdayPattern() {
+    if (pattern->fwp == "Y") return;
+    worked = pattern->workDay[dayNumber - 1].substr(0, 1) != "N";
+    if (!worked) {
+      why = DayVerdict::WeekdayFlag;
+      return;
+    }
+    // Deliberately the hours of one half day, whatever slot was asked.
+    hoursWeek = diary::postHoursPerWeek(emp, seq, &patterns);
+    double weekly = hoursWeek ? *hoursWeek : 0.0;
+    double days = diary::daysPerWeek(emp, cat, patterns);
+    if (weekly > 0 && days > 0) hours = weekly / days / 2;
+  }
+
+  void fixedPattern() {
+    if (pattern->fwp != "Y") return;
+    Value anchorValue = diary::postPatternStart(emp, seq, cat, &patterns);
+    wpStart = trim(anchorValue.text());
+    std::optional<DateTime> anchor = diary::dateOf(anchorValue);
+    if (!anchor) anchor = pattern->startDate;
+    std::optional<int> week = rotationWeek(date, anchor, pattern->length, pattern->endDate);
+    if (!week) {
+      why = DayVerdict::OutsidePattern;
+      return;
+    }
+    weekId = std::to_string(*week);
+    worked = fncGetWPDays(patterns, cat, weekId, std::to_string(dayNumber), slot, fwpStart, fwpEnd, hours) == "Y";
+    if (!worked) why = DayVerdict::PatternSlot;
+    startTime = fwpStart;
+    endTime = fwpEnd;
+  }
+
+  void nonWorkingDates() {
+    if (!worked || !checkNwd) return;
+    if (patterns.inNonWorkingPeriod(cat, date)) {
+      worked = false;
+      why = DayVerdict::NonWorkingPeriod;
+    } else if (patterns.isBankHoliday(date)) {
+      worked = false;
+      why = DayVerdict::BankHoliday;
+    }
+    if (!worked) {
+      hours = 0;
+      startTime.clear();
+      endTime.clear();
+    }
+  }
+
+  void times() {
+    if (!worked) return;
+    narrowToAbsence(from, to, startTime, endTime, hours);
+    HRSession& session = HREnvironment::session();
+    if (!equalsNoCase(trim(session.GlobalVariable("ClockingTimes").text()), "Yes")) return;
+    std::optional<double> minutes = parseNumber(session.GlobalVariable("ClockingAdjustment").text());
+    adjust = minutes ? static_cast<long>(basicRound(*minutes)) : 0;
+    if (startTime.empty() && endTime.empty()) return;
+    startTime = moveTime(startTime, adjust);
+    endTime = moveTime(endTime, adjust);
+    gsubDebugLog(diary::kModule, "Start Minuites Adjustment : " + std::to_string(adjust));
+    gsubDebugLog(diary::kModule, "Revised Start Time : " + startTime);
+    gsubDebugLog(diary::kModule, "Revised End Time : " + endTime);
+    gsubDebugLog(diary::kModule, "Revised LastDateTime : " + date.house() + " " + endTime);
+  }
+
+  void leaveInSession() {
+    if (worked) addToDatesList(slot.empty() ? diary::houseText(date) : diary::houseText(date) + "+" + slot);
+    HRSession& session = HREnvironment::session();
+    session.SetGlobalVariable("WorkingDayStartTime", Value(startTime));
+    session.SetGlobalVariable("WorkingDayEndTime", Value(endTime));
+  }
+};
+
+}  // namespace
+
+bool gfncDiaryWorkingDay(DateTime date, const std::string& employee, const std::string& post,
+                         const std::string& category, const std::string& dayType, double& hours,
+                         std::string& startTime, std::string& endTime, PatternSet& patterns,
+                         const std::string& timeSlot, const std::string& fromTime, const std::string& toTime,
+                         DayVerdict* verdict) {
+  hours = 0;
+  startTime.clear();
+  endTime.clear();
+  WorkingDayLocals l(hours, startTime, endTime, patterns);
+  l.date = date.datePart();
+  l.emp = trim(employee);
+  l.seq = trim(post);
+  l.type = norm(dayType);
+  l.slot = norm(timeSlot);
+  l.from = trim(fromTime);
+  l.to = trim(toTime);
+  l.cat = norm(category);
+
+  Procedure proc = diary::procedure("gfncDiaryWorkingDay");
+  proc.variables([&l] { return l.dump(); });
+  proc.run([&l](Steps& step) {
+    step(10, [&l] { gsubDiarySetUp(l.patterns); });
+    step(20, [&l] { l.category(); });
+    step(30, [&l] { l.findPattern(); });
+    if (l.pattern != nullptr) {
+      step(40, [&l] { l.nonWorkingRules(); });
+      step(50, [&l] { l.weekdayPattern(); });
+      step(60, [&l] { l.fixedPattern(); });
+      step(70, [&l] { l.nonWorkingDates(); });
     }
     // The absence's times, the clocking adjustment, and what the day
     // leaves in the session.
-    step(80, [&] {
-      if (!worked) return;
-      narrowToAbsence(from, to, startTime, endTime, hours);
-      HRSession& session = HREnvironment::session();
-      if (!equalsNoCase(trim(session.GlobalVariable("ClockingTimes").text()), "Yes")) return;
-      std::optional<double> minutes = parseNumber(session.GlobalVariable("ClockingAdjustment").text());
-      adjust = minutes ? static_cast<long>(basicRound(*minutes)) : 0;
-      if (startTime.empty() && endTime.empty()) return;
-      startTime = moveTime(startTime, adjust);
-      endTime = moveTime(endTime, adjust);
-      gsubDebugLog(diary::kModule, "Start Minuites Adjustment : " + std::to_string(adjust));
-      gsubDebugLog(diary::kModule, "Revised Start Time : " + startTime);
-      gsubDebugLog(diary::kModule, "Revised End Time : " + endTime);
-      gsubDebugLog(diary::kModule, "Revised LastDateTime : " + date.house() + " " + endTime);
-    });
-    step(90, [&] {
-      if (worked) addToDatesList(slot.empty() ? date.house() : date.house() + "+" + slot);
-      HRSession& session = HREnvironment::session();
-      session.SetGlobalVariable("WorkingDayStartTime", Value(startTime));
-      session.SetGlobalVariable("WorkingDayEndTime", Value(endTime));
-    });
+    step(80, [&l] { l.times(); });
+    step(90, [&l] { l.leaveInSession(); });
   });
-  if (verdict != nullptr) *verdict = worked ? DayVerdict::Worked : why;
-  return worked;
+  if (verdict != nullptr) *verdict = l.worked ? DayVerdict::Worked : l.why;
+  return l.worked;
 }
 
 }  // namespace orvalis

@@ -11,6 +11,7 @@
 #include "runtime/basic_number.h"
 #include "runtime/basic_string.h"
 #include "runtime/clock.h"
+#include "runtime/error.h"
 
 namespace orvalis::payroll {
 
@@ -24,6 +25,14 @@ struct Period {
   std::optional<DateTime> end;
   bool current = false;
 };
+
+// The rows of a lookup; a statement that could not be run is an error, not
+// an empty calendar.
+Recordset lookupRows(const std::string& sql) {
+  Recordset rs;
+  if (!gfncOpenRecordset(sql, rs)) throw Error(err::kDatabase, "ORVALIS", "The statement could not be run: " + sql);
+  return rs;
+}
 
 std::optional<DateTime> dateOf(const Value& v) {
   if (v.isDate()) return v.asDate().datePart();
@@ -47,7 +56,7 @@ std::string where(const std::string& templateId) {
 // The template's calendar in period order.
 std::vector<Period> calendar(const std::string& templateId) {
   std::vector<Period> periods;
-  Recordset rs = openRecordset(
+  Recordset rs = lookupRows(
       "select PERIOD_ID, PAY_YEAR, PERIOD, START_DATE, END_DATE, CURRENT_YN from PAYCALPRD " + where(templateId) +
       " order by PERIOD_ID");
   if (!rs.isOpen()) return periods;
@@ -81,7 +90,7 @@ int periodsPerYear(const std::string& templateId, const std::vector<Period>& cal
     if (p.year == year) last = std::max(last, p.period);
   }
   if (last > 0) return last;
-  Recordset rs = openRecordset("select PERIODS_PER_YEAR from PAYTMPLT where VARIATION_ID = '" +
+  Recordset rs = lookupRows("select PERIODS_PER_YEAR from PAYTMPLT where VARIATION_ID = '" +
                                sqlQuote(gfncCompanyCode()) + "' and CODE_ID = '" + sqlQuote(trim(templateId)) + "'");
   if (rs.isOpen() && !rs.eof() && intOf(rs.get(0)) > 0) return intOf(rs.get(0));
   int total = static_cast<int>(val(gfncGetControlValue("", "PAY", "TOTPERIODS")));
@@ -105,14 +114,14 @@ std::optional<PeriodKey> splitPeriodId(const std::string& id) {
 std::string sessionTemplateId() {
   std::string t = trim(HREnvironment::session().GlobalVariable("TEMPLATE_ID").text());
   if (!t.empty()) return t;
-  Recordset rs = openRecordset("select CODE_ID from PAYTMPLT where VARIATION_ID = '" + sqlQuote(gfncCompanyCode()) +
+  Recordset rs = lookupRows("select CODE_ID from PAYTMPLT where VARIATION_ID = '" + sqlQuote(gfncCompanyCode()) +
                                "' order by CODE_ID");
   if (!rs.isOpen() || rs.eof()) return "";
   return trim(rs.get(0).text());
 }
 
 std::string currentPeriodId(const std::string& templateId) {
-  Recordset rs = openRecordset("select CURRENT_PERIOD_ID from PAYTMPLT where VARIATION_ID = '" +
+  Recordset rs = lookupRows("select CURRENT_PERIOD_ID from PAYTMPLT where VARIATION_ID = '" +
                                sqlQuote(gfncCompanyCode()) + "' and CODE_ID = '" + sqlQuote(trim(templateId)) + "'");
   if (rs.isOpen() && !rs.eof()) {
     std::string id = trim(rs.get(0).text());

@@ -13,6 +13,7 @@
 #include "data/sql_text.h"
 #include "query/access_user.h"
 #include "query/filter_variable.h"
+#include "query/lookup.h"
 #include "query/org_structure.h"
 #include "query/query_module.h"
 #include "query/sql_forms.h"
@@ -68,7 +69,18 @@ std::string fieldAccessId(const std::string& access) {
     auto it = cache->accessIds.find(a);
     if (it != cache->accessIds.end()) return it->second;
   }
-  std::string id = (a == me || userExists(a)) ? userAccessId(a, AccessKind::Field) : a;
+  std::string id;
+  if (a == me) {
+    // The current user's field-access id, once per session.
+    HRSession& session = HREnvironment::session();
+    id = trim(session.GlobalVariable("FIELD_ACCESS_ID").text());
+    if (id.empty()) {
+      id = userAccessId(a, AccessKind::Field);
+      session.SetGlobalVariable("FIELD_ACCESS_ID", Value(id));
+    }
+  } else {
+    id = userExists(a) ? userAccessId(a, AccessKind::Field) : a;
+  }
   if (cache) cache->accessIds[a] = id;
   return id;
 }
@@ -81,7 +93,7 @@ std::optional<bool> cachedFieldRight(const std::string& accessId, const std::str
   auto it = cache->rights.find(accessId);
   if (it == cache->rights.end()) {
     std::map<std::string, bool> rights;
-    Recordset rs = openRecordset("select MODULE_ID, ITEM_ID, ACCESS_YN from ADMFDAC where ACCESS_ID = '" +
+    Recordset rs = query::lookupRows("select MODULE_ID, ITEM_ID, ACCESS_YN from ADMFDAC where ACCESS_ID = '" +
                                  sqlQuote(accessId) + "' and ELEMENT_ID = 'F'");
     if (rs.isOpen()) {
       for (rs.moveFirst(); !rs.eof(); rs.moveNext()) {
@@ -110,7 +122,7 @@ std::string restrictionList() {
   HRSession& session = HREnvironment::session();
   std::string list = session.GlobalVariable("AccessRestrictions").text();
   if (!list.empty()) return list;
-  Recordset rs = openRecordset("select ACCESS_ID,ITEM_ID,REST_VALUE from ADMFDAC where ELEMENT_ID = 'F' and " +
+  Recordset rs = query::lookupRows("select ACCESS_ID,ITEM_ID,REST_VALUE from ADMFDAC where ELEMENT_ID = 'F' and " +
                                gfncEmptyCondition("REST_VALUE", "<>"));
   if (rs.isOpen()) {
     for (rs.moveFirst(); !rs.eof(); rs.moveNext()) {
@@ -309,7 +321,7 @@ bool gfncAccess(const std::string& strAccess_ID, const std::string& strModule, c
   proc.variables([&] { return Dump().item("STRACCESS_ID:", strAccess_ID).text(); });
   proc.run([&](Steps& step) {
     step(10, [&] {
-      Recordset rs = openRecordset("select ACCESS_YN from ADMFDAC where ACCESS_ID = '" + sqlQuote(trim(strAccess_ID)) +
+      Recordset rs = query::lookupRows("select ACCESS_YN from ADMFDAC where ACCESS_ID = '" + sqlQuote(trim(strAccess_ID)) +
                                    "' and MODULE_ID = '" + sqlQuote(trim(strModule)) + "' and ITEM_ID = '" +
                                    sqlQuote(trim(strItem)) + "' and ELEMENT_ID = '" + sqlQuote(trim(strElement)) +
                                    "'");
@@ -329,7 +341,7 @@ bool gfncAccessRestrictions(const std::string& strAccess_ID, const std::string& 
   proc.run([&](Steps& step) {
     step(10, [&] {
       const std::string table = ucase(trim(strTable));
-      Recordset rs = openRecordset("select ACCESS_YN from ADMFDAC where ACCESS_ID = '" + sqlQuote(trim(strAccess_ID)) +
+      Recordset rs = query::lookupRows("select ACCESS_YN from ADMFDAC where ACCESS_ID = '" + sqlQuote(trim(strAccess_ID)) +
                                    "' and MODULE_ID = '" + accessModuleOf(table) + "' and ITEM_ID like '" +
                                    sqlQuote(table) + ".%' and ELEMENT_ID = 'F'");
       if (!rs.isOpen()) return;
@@ -370,7 +382,7 @@ bool gfncAccessToRecruitment() {
   auto proc = query::procedure(query::kAccessModule, "gfncAccessToRecruitment");
   proc.run([&](Steps& step) {
     step(10, [&] {
-      Recordset rs = openRecordset("select MENU_ID from MENLIST where GROUP_ID = '" +
+      Recordset rs = query::lookupRows("select MENU_ID from MENLIST where GROUP_ID = '" +
                                    sqlQuote(userGroup(currentUser())) + "' and TRANS_ID = 'FRMMPNL103'");
       result = rs.isOpen() && !rs.eof();
     });
@@ -410,7 +422,7 @@ bool gfncAccessToForm(const std::string& strForm) {
         return;
       }
       const std::string user = currentUser();
-      Recordset menu = openRecordset("select MENACC from MENPERM where GROUP_ID = '" + sqlQuote(userGroup(user)) +
+      Recordset menu = query::lookupRows("select MENACC from MENPERM where GROUP_ID = '" + sqlQuote(userGroup(user)) +
                                      "' and TRANS_ID = '" + sqlQuote(form) + "'");
       if (!menu.isOpen() || menu.eof() || !flagIsYes(trim(menu.get(0).text()))) return;
       std::vector<std::string> profile = userProfile(user, "MENU_ACCESS");
@@ -418,7 +430,7 @@ bool gfncAccessToForm(const std::string& strForm) {
       result = true;
       if (profile.empty()) return;
       const std::string module = form.find("PAY") != std::string::npos ? "PAY" : "PNL";
-      Recordset perms = openRecordset("SELECT PERMS from ADMFDAC WHERE ACCESS_ID = '" + sqlQuote(profile.front()) +
+      Recordset perms = query::lookupRows("SELECT PERMS from ADMFDAC WHERE ACCESS_ID = '" + sqlQuote(profile.front()) +
                                       "' AND ELEMENT_ID = 'C' AND MODULE_ID = '" + module + "' AND ITEM_ID = '" +
                                       sqlQuote(form) + "'");
       if (!perms.isOpen() || perms.eof()) return;
@@ -437,7 +449,7 @@ bool gfncAccessToEmployee(const std::string& strEmp_ID) {
     step(10, [&] {
       std::string where = "VARIATION_ID = '" + variationText() + "' and EMP_ID = '" + sqlQuote(trim(strEmp_ID)) + "'";
       gsubAddSelection("PNLEMPMST", currentUser(), where, "Y");
-      Recordset rs = openRecordset("select EMP_ID from PNLEMPMST where " + where);
+      Recordset rs = query::lookupRows("select EMP_ID from PNLEMPMST where " + where);
       result = rs.isOpen() && !rs.eof();
     });
   });

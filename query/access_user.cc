@@ -7,6 +7,7 @@
 #include "data/sql_text.h"
 #include "runtime/keyed_text.h"
 #include "runtime/basic_string.h"
+#include "query/lookup.h"
 
 namespace orvalis {
 
@@ -14,7 +15,7 @@ namespace {
 
 // The first row's column of a one-column lookup, trimmed ("" when none).
 std::string firstValue(const std::string& sql) {
-  Recordset rs = openRecordset(sql);
+  Recordset rs = query::lookupRows(sql);
   if (!rs.isOpen() || rs.eof()) return "";
   return trim(rs.get(0).text());
 }
@@ -49,7 +50,7 @@ std::string accessControlMode() {
 
 bool userExists(const std::string& user) {
   if (trim(user).empty()) return false;
-  Recordset rs = openRecordset("select USER_ID from ADMUSER where USER_ID = '" + sqlQuote(trim(user)) + "'");
+  Recordset rs = query::lookupRows("select USER_ID from ADMUSER where USER_ID = '" + sqlQuote(trim(user)) + "'");
   return rs.isOpen() && !rs.eof();
 }
 
@@ -112,7 +113,7 @@ std::string userAccessDriver(const std::string& user) {
 }
 
 std::string userDefault(const std::string& user, const std::string& key) {
-  Recordset rs = openRecordset("SELECT DEFAULTS FROM ADMUSER WHERE USER_ID = '" + sqlQuote(trim(user)) + "'");
+  Recordset rs = query::lookupRows("SELECT DEFAULTS FROM ADMUSER WHERE USER_ID = '" + sqlQuote(trim(user)) + "'");
   if (!rs.isOpen() || rs.eof()) return "";
   return getKeyedValue(rs.get(0).text(), key);
 }

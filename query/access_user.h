@@ -15,7 +15,8 @@
 // the access id.
 //
 // The session caches "ACCESS_CONTROL", "ACCESS_ID" (the current user's
-// data-access id) and "AccessDriver" (the current user's ACCESS_DRIVER).
+// data-access id), "FIELD_ACCESS_ID" (the current user's field-access id)
+// and "AccessDriver" (the current user's ACCESS_DRIVER).
 //
 // Small lookups without an error handler of their own: errors go to the
 // caller's handler. Single-threaded.

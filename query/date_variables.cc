@@ -8,6 +8,7 @@
 #include "data/data_functions.h"
 #include "data/hr_environment.h"
 #include "data/sql_text.h"
+#include "query/lookup.h"
 #include "query/query_module.h"
 #include "runtime/basic_date.h"
 #include "runtime/basic_number.h"
@@ -214,7 +215,7 @@ std::string gfncSystemDateVariables(bool bolIncludeDiaryRules) {
     });
     if (!bolIncludeDiaryRules) return;
     step(20, [&] {
-      Recordset rs = openRecordset("SELECT SEQ_ID, DESCRIPTION FROM PNLDRYRULE WHERE VARIATION_ID = '" +
+      Recordset rs = query::lookupRows("SELECT SEQ_ID, DESCRIPTION FROM PNLDRYRULE WHERE VARIATION_ID = '" +
                                    sqlQuote(gfncCompanyCode()) + "' AND BASE_ON_DATE = 'WF'");
       if (!rs.isOpen()) return;
       for (rs.moveFirst(); !rs.eof(); rs.moveNext()) {

@@ -11,6 +11,7 @@
 #include "query/access_user.h"
 #include "query/date_variables.h"
 #include "runtime/keyed_text.h"
+#include "query/lookup.h"
 #include "query/query_module.h"
 #include "query/sql_identifiers.h"
 #include "runtime/basic_date.h"
@@ -21,7 +22,7 @@ namespace orvalis {
 namespace {
 
 std::string firstValue(const std::string& sql) {
-  Recordset rs = openRecordset(sql);
+  Recordset rs = query::lookupRows(sql);
   if (!rs.isOpen() || rs.eof()) return "";
   Value v = rs.get(0);
   if (v.isDate()) return formatDate(v.asDate(), siteDateFormat());
@@ -115,7 +116,7 @@ std::vector<std::string> reportingSubordinates(const std::string& empId, bool al
   const std::string root = trim(empId);
   if (root.empty()) return result;
   std::map<std::string, std::vector<std::string>> reports;
-  Recordset rs = openRecordset("select EMP_ID, REPORTS_TO from PNLEMPMST where VARIATION_ID = '" + variation() +
+  Recordset rs = query::lookupRows("select EMP_ID, REPORTS_TO from PNLEMPMST where VARIATION_ID = '" + variation() +
                                "' and " + gfncEmptyCondition("REPORTS_TO", "<>") + " order by EMP_ID");
   if (rs.isOpen()) {
     for (rs.moveFirst(); !rs.eof(); rs.moveNext()) {

@@ -7,6 +7,7 @@
 #include "data/data_functions.h"
 #include "data/sql_text.h"
 #include "runtime/basic_string.h"
+#include "query/lookup.h"
 
 namespace orvalis {
 
@@ -29,7 +30,7 @@ std::optional<std::vector<std::string>> orgStructureUnits(const std::string& emp
   const std::string type = sqlQuote(trim(structureType));
   std::vector<std::string> own;
   {
-    Recordset rs = openRecordset("select STR_CODE_ID from PNLEMPOS where VARIATION_ID = '" + variation +
+    Recordset rs = query::lookupRows("select STR_CODE_ID from PNLEMPOS where VARIATION_ID = '" + variation +
                                  "' and EMP_ID = '" + sqlQuote(trim(empId)) + "' and STR_TYPE_ID = '" + type +
                                  "' and ( STATUS_ID is NULL or STATUS_ID <> 'H' ) order by STR_CODE_ID");
     if (rs.isOpen()) {
@@ -41,7 +42,7 @@ std::optional<std::vector<std::string>> orgStructureUnits(const std::string& emp
   // The tree of the type, children by parent in code order.
   std::map<std::string, std::vector<std::string>> children;
   {
-    Recordset rs = openRecordset("select CODE_ID, PARENT_ID from PNLSTRUCT where VARIATION_ID = '" + variation +
+    Recordset rs = query::lookupRows("select CODE_ID, PARENT_ID from PNLSTRUCT where VARIATION_ID = '" + variation +
                                  "' and TYPE_ID = '" + type + "' order by CODE_ID");
     if (rs.isOpen()) {
       for (rs.moveFirst(); !rs.eof(); rs.moveNext()) {

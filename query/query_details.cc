@@ -5,6 +5,7 @@
 #include "data/data_functions.h"
 #include "data/sql_dialect.h"
 #include "data/sql_text.h"
+#include "query/lookup.h"
 #include "query/query_module.h"
 #include "runtime/basic_string.h"
 
@@ -55,7 +56,7 @@ std::string tableOfSql(const std::string& sql) {
 std::string noteText(const std::string& noteId) {
   std::string id = trim(noteId);
   if (id.empty()) return "";
-  Recordset rs = openRecordset("select NOTE_TEXT from ADMNOTE where SEQ_ID = '" + sqlQuote(id) + "'");
+  Recordset rs = query::lookupRows("select NOTE_TEXT from ADMNOTE where SEQ_ID = '" + sqlQuote(id) + "'");
   if (!rs.isOpen() || rs.eof()) return "";
   return rs.get("NOTE_TEXT").text();
 }
@@ -66,7 +67,7 @@ void gsubQueryDetails(const std::string& strQueryID, QueryDetails& udtDetails) {
   proc.run([&](Steps& step) {
     QueryDetails d;
     step(10, [&] {
-      Recordset rs = openRecordset("select * from ADMGRIDH where CODE_ID = '" + sqlQuote(trim(strQueryID)) + "'");
+      Recordset rs = query::lookupRows("select * from ADMGRIDH where CODE_ID = '" + sqlQuote(trim(strQueryID)) + "'");
       if (!rs.isOpen() || rs.eof()) return;
       d.found = true;
       d.queryId = fieldText(rs, "CODE_ID");
@@ -98,7 +99,7 @@ std::string gfncQueryEntity(const std::string& strCodeID) {
     std::string type;
     std::string note;
     step(10, [&] {
-      Recordset rs = openRecordset("select ENTITY_ID, QUERY_TYPE, NOTE_ID from ADMGRIDH where CODE_ID = '" +
+      Recordset rs = query::lookupRows("select ENTITY_ID, QUERY_TYPE, NOTE_ID from ADMGRIDH where CODE_ID = '" +
                                    sqlQuote(trim(strCodeID)) + "'");
       if (!rs.isOpen() || rs.eof()) return;
       result = ucase(fieldText(rs, "ENTITY_ID"));
@@ -117,7 +118,7 @@ bool gfncGridFieldEntity(const std::string& strGridID, const std::string& strCol
   proc.variables([&] { return Dump().item("STRGRIDID:", strGridID).item("STRCOLUMN:", strColumn).text(); });
   proc.run([&](Steps& step) {
     step(10, [&] {
-      Recordset rs = openRecordset("select ITEM_ID from ADMGRIDD where CODE_ID = '" + sqlQuote(trim(strGridID)) +
+      Recordset rs = query::lookupRows("select ITEM_ID from ADMGRIDD where CODE_ID = '" + sqlQuote(trim(strGridID)) +
                                    "' and INCLUDE_YN = 'Y' and ITEM_ID like '%." + sqlQuote(trim(strColumn)) +
                                    "'");
       result = rs.isOpen() && !rs.eof();
@@ -132,7 +133,7 @@ bool gfncQueryHasUDF(const std::string& strCodeID) {
   proc.variables([&] { return Dump().item("STRCODEID:", strCodeID).text(); });
   proc.run([&](Steps& step) {
     step(10, [&] {
-      Recordset rs = openRecordset("select ITEM_ID from ADMGRIDD where CODE_ID = '" + sqlQuote(trim(strCodeID)) +
+      Recordset rs = query::lookupRows("select ITEM_ID from ADMGRIDD where CODE_ID = '" + sqlQuote(trim(strCodeID)) +
                                    "' and ITEM_ID like '%.UDF_%' and ( INCLUDE_YN = 'Y' or ( " +
                                    gfncEmptyCondition("QUERY_VALUE", "<>") + " and " +
                                    gfncEmptyCondition("QUERY_FUNCTION", "<>") + " ) )");

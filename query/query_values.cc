@@ -135,6 +135,8 @@ bool isListVariable(const std::string& value) {
   return isVariable(trim(value)) && (n == "SUBORDINATES_ALL" || n == "SUBORDINATES_DIRECT");
 }
 
+bool isPayrollPeriodName(const std::string& value) { return isPayrollName(ucase(withoutBrackets(value))); }
+
 bool isPayrollVariable(const std::string& value) {
   std::string n = ucase(left(withoutBrackets(value), 5));
   return n == "THIS_" || n == "PREV_" || n == "LAST_";

@@ -50,6 +50,10 @@ std::string gfncParsePayrollVariable(const std::string& strTemplate_ID, const st
 // "THIS_", "PREV_" or "LAST_".
 bool isPayrollVariable(const std::string& value);
 
+// True when the name (brackets allowed) is one the payroll calendar answers
+// ("THIS_PERIOD_ID", "PREV_YEAR_END", ...), not a date variable.
+bool isPayrollPeriodName(const std::string& value);
+
 // Replaces "<NAME>" in strSQL by the form value of each name listed in the
 // session variable "QUERY_USER_VARIABLES"; names without a value in
 // "QUERY_USER_VALUES" stay as written. The values are the form's own text.

@@ -16,6 +16,7 @@
 #include "query/access.h"
 #include "query/access_user.h"
 #include "runtime/keyed_text.h"
+#include "query/lookup.h"
 #include "query/org_structure.h"
 #include "query/query_details.h"
 #include "query/query_module.h"
@@ -256,7 +257,10 @@ void addColumn(SelectList& list, const std::string& driving, const std::string& 
   const std::string codeTable = ucase(trim(gfncGetFKTable(field)));
   if (!codeTable.empty() && isIdentifier(codeTable) && codeTable != "PNLEMPMST" && codeTable != table &&
       codeTable != driving && column != "REFERENCE_ID" && isCodeTable(codeTable)) {
-    std::string name = addCodeTableJoin(d, codeTable, field, v);
+    // A vacancy table's own vacancy is joined already (the master join).
+    const bool masterVacancy = codeTable == "PNLVACANT" && column == "VACANCY_ID" && table == driving &&
+                               state().joined.count("PNLVACANT");
+    std::string name = masterVacancy ? codeTable : addCodeTableJoin(d, codeTable, field, v);
     list.add("rtrim(" + name + ".DESCRIPTION)", table, column);
     return;
   }
@@ -302,7 +306,8 @@ std::string criterionClause(Dialect d, Criterion c, const std::string& type, std
     std::string bare = value;
     while (!bare.empty() && (bare.front() == '<' || bare.front() == '[')) bare.erase(0, 1);
     const bool payroll = isPayrollVariable(bare);
-    const std::string t = payroll ? templateId() : std::string();
+    // The session's template is looked up only for the calendar's names.
+    const std::string t = isPayrollPeriodName(bare) ? templateId() : std::string();
     const bool angle = value.size() >= 2 && value.front() == '<' && value.back() == '>';
     // "[THIS_PERIOD]" is resolved here and then written as a literal;
     // "<THIS_PERIOD>" is resolved by the value parser (form values first).
@@ -438,7 +443,7 @@ std::string gfncBuildWhere(const std::string& strAccess, const std::string& strQ
     std::vector<Criterion> criteria;
     step(10, [&] {
       details = queryDetails(id);
-      Recordset rs = openRecordset("select ITEM_ID,QUERY_FUNCTION,QUERY_VALUE from ADMGRIDD where CODE_ID = '" +
+      Recordset rs = query::lookupRows("select ITEM_ID,QUERY_FUNCTION,QUERY_VALUE from ADMGRIDD where CODE_ID = '" +
                                    sqlQuote(id) + "' and ITEM_ID not like '%.UDF_%' and " +
                                    gfncEmptyCondition("QUERY_VALUE", "<>", d));
       if (!rs.isOpen()) return;
@@ -519,14 +524,14 @@ std::string gfncBuildSelect(const std::string& strAccess, const std::string& str
       if (type == "X" || type == "V" || type == "C") {
         order = "COLUMN_POSITION asc, ITEM_ID asc";
       } else if (type == "Q") {
-        Recordset probe = openRecordset("select ITEM_ID from ADMGRIDD where CODE_ID = '" + sqlQuote(id) +
+        Recordset probe = query::lookupRows("select ITEM_ID from ADMGRIDD where CODE_ID = '" + sqlQuote(id) +
                                         "' and INCLUDE_YN = 'Y' and COLUMN_POSITION = 1");
         if (probe.isOpen() && !probe.eof()) order = "COLUMN_POSITION asc, ITEM_ID asc";
       }
     });
     std::vector<std::string> fields;
     step(40, [&] {
-      Recordset rs = openRecordset("select ITEM_ID, QUERY_FUNCTION, QUERY_VALUE, SUB_TOTALS from ADMGRIDD where CODE_ID = '" +
+      Recordset rs = query::lookupRows("select ITEM_ID, QUERY_FUNCTION, QUERY_VALUE, SUB_TOTALS from ADMGRIDD where CODE_ID = '" +
                                    sqlQuote(id) + "' and INCLUDE_YN = 'Y' and ITEM_ID not like '%.UDF_%' order by " +
                                    order);
       if (!rs.isOpen()) return;
@@ -617,7 +622,7 @@ std::string gfncBuildSQL(const std::string& argUserID, const std::string& argQue
       // 4. Hand-written SQL: only access restrictions and form variables.
       std::string sql;
       step(41, [&] {
-        Recordset rs = openRecordset("select NOTE_ID from ADMGRIDH where CODE_ID = '" + sqlQuote(strQueryID) + "'");
+        Recordset rs = query::lookupRows("select NOTE_ID from ADMGRIDH where CODE_ID = '" + sqlQuote(strQueryID) + "'");
         if (rs.isOpen() && !rs.eof()) sql = trim(noteText(trim(rs.get(0).text())));
         strSQL = sql;
       });
@@ -661,7 +666,7 @@ std::string gfncBuildSQL(const std::string& argUserID, const std::string& argQue
     std::string orgCondition;
     step(53, [&] {
       if (strQueryType != "D") return;
-      Recordset rs = openRecordset("SELECT NOTE_TEXT FROM ADMNOTE WHERE TITLE_TEXT = 'FA_" +
+      Recordset rs = query::lookupRows("SELECT NOTE_TEXT FROM ADMNOTE WHERE TITLE_TEXT = 'FA_" +
                                    sqlQuote(trim(strPortalFormRef)) + "'");
       std::string noteBody = rs.isOpen() && !rs.eof() ? rs.get(0).text() : std::string();
       strOrgStructure = getKeyedValue(noteBody, "ORG_STRUCTURE");

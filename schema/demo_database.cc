@@ -118,7 +118,7 @@ DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options)
     int share = options.employees / options.companies + (c < options.employees % options.companies ? 1 : 0);
     companies.push_back(demo::generateCompany(ctx, c, share));
     const demo::Company& co = companies.back();
-    estimate += 9.5 * static_cast<double>(co.employees.size()) + 2.5 * static_cast<double>(co.posts.size()) +
+    estimate += 11.5 * static_cast<double>(co.employees.size()) + 3.0 * static_cast<double>(co.posts.size()) +
                 static_cast<double>(co.absences.size()) + 6000;
   }
 

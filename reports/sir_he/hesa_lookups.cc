@@ -117,7 +117,14 @@ const CodeDescriptions* HesaLookups::codes(std::string_view columnKey) const {
 
 const std::string& HesaLookups::description(const CodeDescriptions* codes, std::string_view code) {
   if (codes == nullptr) return kNothing;
-  auto it = codes->find(keyOf(code));
+  // Codes are mostly stored as typed: probe without copying when the
+  // trimmed value has no lower-case letter.
+  const size_t first = code.find_first_not_of(' ');
+  if (first == std::string_view::npos) code = {};
+  else code = code.substr(first, code.find_last_not_of(' ') - first + 1);
+  bool upper = true;
+  for (char c : code) upper = upper && !(c >= 'a' && c <= 'z');
+  auto it = upper ? codes->find(code) : codes->find(keyOf(code));
   return it == codes->end() ? kNothing : it->second;
 }
 

@@ -21,6 +21,7 @@
 // SIR_HE. Owned by one report call; single-threaded.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -29,8 +30,14 @@
 
 namespace orvalis::reports::hesa {
 
+// Hashing that lets a code table be probed with a string_view.
+struct CodeHash {
+  using is_transparent = void;
+  size_t operator()(std::string_view s) const { return std::hash<std::string_view>()(s); }
+};
+
 // Code -> description of one code table (codes upper-cased and trimmed).
-using CodeDescriptions = std::unordered_map<std::string, std::string>;
+using CodeDescriptions = std::unordered_map<std::string, std::string, CodeHash, std::equal_to<>>;
 
 class HesaLookups {
  public:

@@ -21,16 +21,14 @@ TEST_F(DaysPerWeek, WeekdayFlagsReadingTrue) {
 
 TEST_F(DaysPerWeek, FixedPatternCountsTheDatabasesWeekPlusDay) {
   // Nine worked days over two weeks: Monday to Friday, then Monday to
-  // Thursday. The distinct key is week_id + day_id as the database
-  // evaluates it: SQLite adds the two numbers, so the sums 2..6 give five
-  // distinct keys over two weeks. (SQL Server, concatenating the two text
-  // columns, tells all nine apart and gives 4.5.)
+  // Thursday. The key week_id + day_id joins the two text columns, so all
+  // nine are told apart.
   fixedCategory("NINE", "2");
   for (int day = 1; day <= 5; ++day) slot("NINE", 1, day, "DAY", 7);
   for (int day = 1; day <= 4; ++day) slot("NINE", 2, day, "DAY", 7);
-  EXPECT_EQ(2.5, gfncDiaryDaysPerWeek("", "NINE"));
+  EXPECT_EQ(4.5, gfncDiaryDaysPerWeek("", "NINE"));
 
-  // Keys that do not collide: week 1 Monday (2), week 2 Friday to Sunday (7, 8, 9).
+  // Week 1 Monday in two halves is one key; week 2 Friday to Sunday three.
   fixedCategory("SPREAD", "2");
   slot("SPREAD", 1, 1, "AM", 4);
   slot("SPREAD", 1, 1, "PM", 3);  // a second slot of the same day is the same key

@@ -13,11 +13,13 @@
 namespace orvalis {
 namespace {
 
-class Dictionary : public ::testing::Test {
+// On both engines: PostgreSQL hands the dictionary's columns back in its
+// own case and types.
+class Dictionary : public ::testing::TestWithParam<test::Engine> {
  protected:
   void SetUp() override {
     errors_ = installRecordingErrorComponent();
-    db_ = std::make_unique<test::ScratchDatabase>(test::Engine::SQLite);
+    db_ = std::make_unique<test::ScratchDatabase>(GetParam());
     env_ = environmentOn(db_->url(), "  JSMITH ");
     createSchema(env_->hrConnection());
     clearDictionaryCache();
@@ -42,7 +44,7 @@ class Dictionary : public ::testing::Test {
   std::shared_ptr<StandaloneEnvironment> env_;
 };
 
-TEST_F(Dictionary, CodeTablesOfCodeColumns) {
+TEST_P(Dictionary, CodeTablesOfCodeColumns) {
   struct Case {
     const char* field;
     const char* table;
@@ -59,7 +61,7 @@ TEST_F(Dictionary, CodeTablesOfCodeColumns) {
   EXPECT_EQ(gfncGetFKTable(" pnlemphesac ", " staff_id "), "PNLEMPMST");
 }
 
-TEST_F(Dictionary, LabelsFallBackToTheColumnName) {
+TEST_P(Dictionary, LabelsFallBackToTheColumnName) {
   EXPECT_EQ(gfncFieldLabel("PNLEMPMST.DATE_BIRTH"), "Date of Birth");
   EXPECT_EQ(gfncFieldLabel("PNLEMPMST", "SEX_ID"), "Gender");
   EXPECT_EQ(gfncFieldLabel("PNLEMPHESAC.STAFF_ID"), "HESA Staff Identifier");
@@ -67,7 +69,7 @@ TEST_F(Dictionary, LabelsFallBackToTheColumnName) {
   EXPECT_EQ(gfncFieldLabel("BARE"), "BARE");
 }
 
-TEST_F(Dictionary, DataTypesByColumn) {
+TEST_P(Dictionary, DataTypesByColumn) {
   struct Case {
     const char* field;
     const char* type;
@@ -79,7 +81,7 @@ TEST_F(Dictionary, DataTypesByColumn) {
   for (const Case& c : cases) EXPECT_EQ(fieldDataType(c.field), c.type) << c.field;
 }
 
-TEST_F(Dictionary, EntityFacts) {
+TEST_P(Dictionary, EntityFacts) {
   EXPECT_TRUE(gfncNumericSEQ_ID("PNLEMPABS"));
   EXPECT_TRUE(gfncNumericSEQ_ID("admnote"));
   EXPECT_FALSE(gfncNumericSEQ_ID("PNLEMPMST"));  // no SEQ_ID
@@ -93,7 +95,7 @@ TEST_F(Dictionary, EntityFacts) {
   EXPECT_TRUE(errors_->errors().empty());
 }
 
-TEST_F(Dictionary, CacheFollowsTheEnvironmentAndCanBeCleared) {
+TEST_P(Dictionary, CacheFollowsTheEnvironmentAndCanBeCleared) {
   EXPECT_EQ(gfncFieldLabel("PNLEMPMST.SURNAME"), "Surname");
   env_->hrConnection().execute(
       "update ADMDDFLD set CAPTION = 'Family name' where ENTITY_ID = 'PNLEMPMST' and FIELD_ID = 'SURNAME'");
@@ -102,7 +104,7 @@ TEST_F(Dictionary, CacheFollowsTheEnvironmentAndCanBeCleared) {
   EXPECT_EQ(gfncFieldLabel("PNLEMPMST.SURNAME"), "Family name");
 
   // Another environment (another database) starts afresh.
-  test::ScratchDatabase other(test::Engine::SQLite);
+  test::ScratchDatabase other(GetParam());
   auto otherEnv = environmentOn(other.url(), "OTHER");
   createSchema(otherEnv->hrConnection());
   EXPECT_EQ(gfncFieldLabel("PNLEMPMST.SURNAME"), "Surname");
@@ -110,6 +112,9 @@ TEST_F(Dictionary, CacheFollowsTheEnvironmentAndCanBeCleared) {
   HREnvironment::set(env_);
   EXPECT_EQ(gfncFieldLabel("PNLEMPMST.SURNAME"), "Family name");
 }
+
+INSTANTIATE_TEST_SUITE_P(Engines, Dictionary, ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL),
+                         [](const auto& info) { return std::string(test::engineName(info.param)); });
 
 TEST(DictionaryWithoutEnvironment, AnswersTheFallbacks) {
   HREnvironment::set(nullptr);
