@@ -5,6 +5,7 @@
 // Dates are accepted as "DD/MM/YYYY" or "YYYY-MM-DD"; a date that is neither,
 // or a half marker other than AM or PM, is a usage error (exit status 2).
 
+#include <cmath>
 #include <iostream>
 #include <map>
 #include <optional>
@@ -126,7 +127,7 @@ void runDays(CliContext& context, const DaysArgs& a) {
   if (json) {
     nlohmann::ordered_json out;
     out["days"] = days;
-    out["hours"] = hours;
+    out["hours"] = std::round(hours * 1e6) / 1e6;  // no floating-point noise in the text
     if (a.explain) {
       auto& posts = out["posts"] = nlohmann::ordered_json::array();
       for (const PostNote& p : explanation.posts) {
@@ -204,7 +205,7 @@ void runCount(CliContext& context, const CountArgs& a) {
     nlohmann::ordered_json out;
     out["days"] = c.days;
     out["days_in_period"] = c.daysInPeriod;
-    out["hours"] = c.hours;
+    out["hours"] = std::round(c.hours * 1e6) / 1e6;
     out["count_type"] = c.countType;
     out["units"] = c.units;
     std::cout << out.dump(2) << "\n";

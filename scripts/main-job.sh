@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The main job: installs and builds on first use, creates the demo HR
 # database in the work folder when it is absent, and runs a real extract on
-# it. Extra arguments are passed to the extract.
+# it: the employees of one location (default L08, London) through the
+# ReportingData class. Arguments replace the location code.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${ORVALIS_BUILD_DIR:-$root/build}"
@@ -10,9 +11,8 @@ bash "$root/scripts/install-deps.sh"
 bash "$root/scripts/build.sh" --target orvalis >/dev/null
 
 orvalis="$build/orvalis"
-work="${ORVALIS_WORK_DIR:-${XDG_DATA_HOME:-$HOME/.local/share}/orvalis}"
-export ORVALIS_WORK_DIR="$work"
-if [ ! -f "$work/demo.db" ]; then
+export ORVALIS_WORK_DIR="${ORVALIS_WORK_DIR:-${XDG_DATA_HOME:-$HOME/.local/share}/orvalis}"
+if [ ! -f "$ORVALIS_WORK_DIR/demo.db" ]; then
   "$orvalis" demo-db
 fi
-"$orvalis" extract ReportingData LOCATIONS "$@"
+"$orvalis" extract ReportingData LOCATIONS "${1:-L08}" False --format table

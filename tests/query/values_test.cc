@@ -51,6 +51,14 @@ TEST_F(ParseValue, PatternsAndFieldTypes) {
   EXPECT_EQ(fncParseValue("EQ", "PNLEMPMST.SURNAME", "", "O'Brien", ""), "'O''Brien'");
 }
 
+TEST_F(ParseValue, ScaledFiguresCompareAsStored) {
+  EXPECT_EQ(fncParseValue(">", "PNLEMPHOL.ENTITLEMENT", "N", "25.5", ""), "2550");
+  EXPECT_EQ(fncParseValue(">", "PNLEMPABS.DURATION", "N", "1.5", ""), "1.5");  // factor 1
+  db().control("PNL", "ABSDECPT", "1");
+  EXPECT_EQ(fncParseValue(">", "PNLEMPABS.DURATION", "N", "1.5", ""), "15");
+  EXPECT_EQ(fncParseValue(">", "PNLEMPABS.DURATION", "N", "abc", ""), "'abc'");
+}
+
 TEST_F(ParseValue, DatesAreIsoOnSQLiteAndAsWrittenOnSqlServer) {
   EXPECT_EQ(fncParseValue(">", "PNLEMPMST.DATE_START", "D", "01/02/2024", ""), "'2024-02-01'");
   db().reconnect("SQLOLEDB");
