@@ -158,10 +158,10 @@ void hesaCheck(benchmark::State& state, const std::string& url, RecordReads read
 std::string readSql(const std::string& schemaPrefix) {
   using namespace reports::hesa;
   return "SELECT EMP_ID, DATE_BIRTH, SEX_ID, HESA_ID, KNOWNAS FROM " + schemaPrefix +
-         "PNLEMPMST WHERE VARIATION_ID = 'ORV01' ORDER BY TEMPLATE_ID, CAT_ID, EMP_ID; " +
-         "SELECT EMP_ID," + kPersonColumns + " FROM " + schemaPrefix +
-         "PNLEMPHESAP WHERE VARIATION_ID = 'ORV01'; " + "SELECT SEQ_ID," + kContractColumns + ",EMP_ID FROM " +
-         schemaPrefix + "PNLEMPHESAC WHERE VARIATION_ID = 'ORV01';";
+         "PNLEMPMST WHERE VARIATION_ID = 'ORV01' ORDER BY TEMPLATE_ID, CAT_ID, EMP_ID; " + "SELECT EMP_ID," +
+         kPersonColumns + " FROM " + schemaPrefix + "PNLEMPHESAP WHERE VARIATION_ID = 'ORV01'; " +
+         "SELECT SEQ_ID," + kContractColumns + ",EMP_ID FROM " + schemaPrefix +
+         "PNLEMPHESAC WHERE VARIATION_ID = 'ORV01';";
 }
 
 void shell(benchmark::State& state, const std::string& command) {

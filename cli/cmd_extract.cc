@@ -3,7 +3,8 @@
 // CLASS is "ORVALIS.Name" or "Name"; each PARAM becomes one element of the
 // parameter array, as text ("NAME=value" elements serve the reports that
 // read by name). The result recordset is written in the chosen format to
-// standard output or, atomically, to --out. Exit status 0 when ExtractData
+// standard output or, atomically, to --out; --string calls the class's
+// ExtractStringData instead and prints its text. Exit status 0 when ExtractData
 // returns True, 1 when False, 2 on an error (the error block on stderr).
 
 #include <memory>
@@ -25,6 +26,7 @@ struct ExtractArgs {
   std::vector<std::string> parameters;
   std::string format;
   std::string out;
+  bool asString = false;
 };
 
 std::string classIdOf(const std::string& name) {
@@ -48,6 +50,18 @@ void run(CliContext& context, const ExtractArgs& args) {
                 "no report class \"" + id + "\" (see \"orvalis classes\")");
   }
   std::vector<Value> elements(args.parameters.begin(), args.parameters.end());
+  if (args.asString) {
+    auto* strings = dynamic_cast<StringExtract*>(report.get());
+    if (strings == nullptr) {
+      throw Error(kErrMethodNotSupported, "orvalis", id + " has no ExtractStringData");
+    }
+    std::string text;
+    const bool result =
+        strings->ExtractStringData(context.sharedEnvironment(), args.method, Parameters(std::move(elements)), text);
+    emit(args.out, text.empty() || text.back() == '\n' ? text : text + "\n");
+    context.exitCode = result ? 0 : 1;
+    return;
+  }
   Recordset rsData;
   const bool result =
       report->ExtractData(context.sharedEnvironment(), args.method, Parameters(std::move(elements)), rsData);
@@ -66,6 +80,8 @@ void setup(CLI::App& app, CliContext& context) {
   cmd->add_option("--format", args->format,
                   "table, csv, json or xml (default: table on a terminal, else csv)");
   cmd->add_option("--out", args->out, "write to this file (atomically) instead of standard output");
+  cmd->add_flag("--string", args->asString,
+                "call ExtractStringData and print its text (classes that have it, e.g. SIR_HE)");
   cmd->callback([&context, args] { run(context, *args); });
 }
 

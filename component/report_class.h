@@ -100,4 +100,17 @@ class ReportClass {
   Recordset driving_;
 };
 
+// The secondary entry point of the classes that also return their extract
+// as text (ExtractStringData): same first three arguments as ExtractData,
+// the data in the by-reference text. Callers that hold a ReportClass ask for
+// it with dynamic_cast, as a late-bound caller would ask for the member.
+class StringExtract {
+ public:
+  virtual ~StringExtract() = default;
+  virtual bool ExtractStringData(std::shared_ptr<Environment> environment, std::string_view methodName,
+                                 const Parameters& parameters, std::string& strData) = 0;
+};
+
+inline constexpr long kErrMethodNotSupported = 438;  // "Object doesn't support this property or method"
+
 }  // namespace orvalis

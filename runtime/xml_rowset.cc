@@ -1,15 +1,15 @@
 #include "runtime/xml_rowset.h"
 
+#include <fmt/format.h>
+
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <pugixml.hpp>
 #include <set>
 #include <sstream>
 #include <string_view>
 #include <vector>
-
-#include <fmt/format.h>
-#include <pugixml.hpp>
 
 namespace orvalis {
 
@@ -185,8 +185,13 @@ XmlType xmlTypeOf(const FieldDef& f) {
       t = {"number", "numeric", 19, f.precision > 0 ? f.precision : 18, f.numericScale, true, false};
       break;
     case ado::adVarNumeric:
-      t = {"number", "varnumeric", f.definedSize > 0 ? f.definedSize : 19,
-           f.precision > 0 ? f.precision : 18, f.numericScale, false, false};
+      t = {"number",
+           "varnumeric",
+           f.definedSize > 0 ? f.definedSize : 19,
+           f.precision > 0 ? f.precision : 18,
+           f.numericScale,
+           false,
+           false};
       break;
     case ado::adBoolean:
       t = {"boolean", nullptr, 2, 0, -1, true, false};

@@ -4,7 +4,7 @@
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${ORVALIS_BUILD_DIR:-$root/build}"
-type="${ORVALIS_BUILD_TYPE:-Release}"
+type="${ORVALIS_BUILD_TYPE:-RelWithDebInfo}"
 
 if [ ! -f "$build/CMakeCache.txt" ]; then
   cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE="$type" >/dev/null

@@ -34,7 +34,7 @@ struct ResultField {
   long size;
 };
 inline constexpr ResultField kResultFields[] = {
-    {"REPORT_ID", 20}, {"EMP_ID", 10},   {"KNOWNAS", 40}, {"RECORD_TYPE", 40},
+    {"REPORT_ID", 20}, {"EMP_ID", 10},     {"KNOWNAS", 40}, {"RECORD_TYPE", 40},
     {"FIELD_ID", 40},  {"FIELD_DESC", 40}, {"VALUE", 40},   {"ERROR", 40},
 };
 enum ResultColumn { kReportId, kEmpId, kKnownAs, kRecordType, kFieldId, kFieldDesc, kValue, kError };

@@ -63,9 +63,8 @@ void HesaLookups::subSetupXRefCollection(const std::string& variation) {
   std::string colSql;
   std::string xrefEntity;
   Procedure proc(Handler::Block, componentNames().reports, "SIR_HE", "subSetupXRefCollection");
-  proc.variables([&] {
-    return Dump().item("STRCOLSQL = ", colSql).item("STRXREFENTITY = ", xrefEntity).text();
-  });
+  proc.variables(
+      [&] { return Dump().item("STRCOLSQL = ", colSql).item("STRXREFENTITY = ", xrefEntity).text(); });
   proc.run([&](Steps& step) {
     step(1, [&] {
       tables_.clear();
@@ -120,8 +119,10 @@ const std::string& HesaLookups::description(const CodeDescriptions* codes, std::
   // Codes are mostly stored as typed: probe without copying when the
   // trimmed value has no lower-case letter.
   const size_t first = code.find_first_not_of(' ');
-  if (first == std::string_view::npos) code = {};
-  else code = code.substr(first, code.find_last_not_of(' ') - first + 1);
+  if (first == std::string_view::npos)
+    code = {};
+  else
+    code = code.substr(first, code.find_last_not_of(' ') - first + 1);
   bool upper = true;
   for (char c : code) upper = upper && !(c >= 'a' && c <= 'z');
   auto it = upper ? codes->find(code) : codes->find(keyOf(code));

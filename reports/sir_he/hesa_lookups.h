@@ -65,10 +65,10 @@ class HesaLookups {
   size_t codeTablesRead() const { return tables_.size(); }
 
  private:
-  std::unordered_map<std::string, std::string> labels_;                // upper-cased key
+  std::unordered_map<std::string, std::string> labels_;                        // upper-cased key
   std::unordered_map<std::string, std::shared_ptr<CodeDescriptions>> tables_;  // by code table
   std::unordered_map<std::string, std::shared_ptr<CodeDescriptions>> xref_;    // by column key
-  std::unordered_map<std::string, std::string> codeTables_;  // "TABLE.COLUMN" -> code table
+  std::unordered_map<std::string, std::string> codeTables_;                    // "TABLE.COLUMN" -> code table
 };
 
 }  // namespace orvalis::reports::hesa

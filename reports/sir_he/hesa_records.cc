@@ -126,7 +126,8 @@ class BatchedReads final : public HesaRecordSource {
       if (!in.empty()) in += ", ";
       in += "'" + sqlQuote(id) + "'";
     }
-    const std::string where = "WHERE VARIATION_ID = '" + sqlQuote(variation_) + "' " + "AND EMP_ID IN (" + in + ") ";
+    const std::string where =
+        "WHERE VARIATION_ID = '" + sqlQuote(variation_) + "' " + "AND EMP_ID IN (" + in + ") ";
 
     sql_ = std::string("SELECT EMP_ID,") + kPersonColumns + " " + "FROM " + kPersonTable + " " + where +
            "ORDER BY EMP_ID";

@@ -187,7 +187,8 @@ void SIR_HE::checkRecords(const char* table, const RecordRows& records, const Em
   const std::vector<ColumnCheck>& checks = columnChecks(table, records);
   const int seqColumn = contract ? records.rs->fieldIndex("SEQ_ID") : -1;
   for (long row : records.rows) {
-    std::string recordType = contract ? kContractPrefix + trim(records.rs->textAt(row, seqColumn)) : kPersonRecord;
+    std::string recordType =
+        contract ? kContractPrefix + trim(records.rs->textAt(row, seqColumn)) : kPersonRecord;
     for (size_t i = 0; i < checks.size(); ++i) {
       const ColumnCheck& check = checks[i];
       std::string value = trim(records.rs->textAt(row, records.firstColumn + static_cast<int>(i)));
@@ -197,7 +198,8 @@ void SIR_HE::checkRecords(const char* table, const RecordRows& records, const Em
       } else if (check.coded && HesaLookups::description(check.codes, value).empty()) {
         defect = kInvalidValue;
       }
-      if (defect != nullptr) addRow(rsData, reportName, e, recordType, check.name, check.label, value, defect);
+      if (defect != nullptr)
+        addRow(rsData, reportName, e, recordType, check.name, check.label, value, defect);
     }
     // The staff identifier is reported once per contract.
     if (contract && e.hesaId.empty()) {
@@ -207,7 +209,8 @@ void SIR_HE::checkRecords(const char* table, const RecordRows& records, const Em
 }
 
 const std::vector<SIR_HE::ColumnCheck>& SIR_HE::columnChecks(const char* table, const RecordRows& records) {
-  std::vector<ColumnCheck>& checks = std::string_view(table) == kContractTable ? contractChecks_ : personChecks_;
+  std::vector<ColumnCheck>& checks =
+      std::string_view(table) == kContractTable ? contractChecks_ : personChecks_;
   const Recordset& rs = *records.rs;
   const size_t count = static_cast<size_t>(records.endColumn - records.firstColumn);
   bool same = checks.size() == count;
@@ -233,7 +236,8 @@ const std::vector<SIR_HE::ColumnCheck>& SIR_HE::columnChecks(const char* table, 
 void SIR_HE::addRow(Recordset& rsData, const std::string& reportName, const Employee& e,
                     std::string_view recordType, std::string_view fieldId, std::string_view fieldDesc,
                     std::string_view value, std::string_view error) {
-  const std::string_view texts[] = {reportName, e.empId, e.knownAs, recordType, fieldId, fieldDesc, value, error};
+  const std::string_view texts[] = {reportName, e.empId,   e.knownAs, recordType,
+                                    fieldId,    fieldDesc, value,     error};
   rsData.addNew();
   for (int i = 0; i < static_cast<int>(std::size(texts)); ++i) {
     rsData.set(i, Value(fitted(texts[i], kResultFields[i].size)));

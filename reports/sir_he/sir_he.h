@@ -38,14 +38,14 @@
 
 namespace orvalis::reports {
 
-class SIR_HE final : public ReportClass {
+class SIR_HE final : public ReportClass, public StringExtract {
  public:
   SIR_HE() : ReportClass("SIR_HE", Handler::Block) {}
 
   // The extract as XML text in strData ("" unless ExtractData returns True
   // with rows); returns what ExtractData returns.
   bool ExtractStringData(std::shared_ptr<Environment> environment, std::string_view methodName,
-                         const Parameters& parameters, std::string& strData);
+                         const Parameters& parameters, std::string& strData) override;
 
   // Whether an employee belongs in the return: for the name "SIR_DATA", a
   // leaver who left before the period start (PNL "SIRSTARTDT") or, among

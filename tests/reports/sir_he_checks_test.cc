@@ -112,8 +112,9 @@ TEST_F(SirHeChecks, CompanyEmployeesInTemplateCategoryAndIdentifierOrder) {
 }
 
 TEST_F(SirHeChecks, TextsLongerThanTheirFieldAreCut) {
-  exec("UPDATE ADMDDFLD SET CAPTION = 'A caption far longer than forty characters in all' "
-       "WHERE ENTITY_ID = 'PNLEMPHESAP' AND FIELD_ID = 'ETHNIC'");
+  exec(
+      "UPDATE ADMDDFLD SET CAPTION = 'A caption far longer than forty characters in all' "
+      "WHERE ENTITY_ID = 'PNLEMPHESAP' AND FIELD_ID = 'ETHNIC'");
   addEmployee("E1");
   addPerson("E1", {{"ETHNIC", "NULL"}});
   addContract("E1", 1);
@@ -130,7 +131,7 @@ TEST_F(SirHeChecks, NamesOneAndSirDataRunTheCheckOtherNamesGiveNothing) {
     size_t rows;
   };
   for (const Case& c : {Case{"SIR_DATA", true, 2}, Case{" sir_data ", true, 2}, Case{"01", true, 2},
-                         Case{"SIR_HE", false, 0}, Case{"SIR_FE", false, 0}}) {
+                        Case{"SIR_HE", false, 0}, Case{"SIR_FE", false, 0}}) {
     SCOPED_TRACE(c.name);
     bool ok = !c.result;
     std::vector<ResultRow> rows = extract(c.name, &ok);

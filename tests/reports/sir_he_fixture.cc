@@ -1,6 +1,5 @@
 #include "sir_he_fixture.h"
 
-#include <cstdlib>
 #include <random>
 #include <set>
 
@@ -47,12 +46,21 @@ std::string validLiteral(const std::string& column) {
 
 // The schema, the dictionary and code "1" in every code table a HESA
 // column draws on, built once per test program and copied for each test.
+// Removes the template when the test program ends.
+struct TemplateFile {
+  std::filesystem::path path;
+  ~TemplateFile() {
+    std::error_code ec;
+    std::filesystem::remove(path, ec);
+  }
+};
+
 static const std::filesystem::path& templateDatabase() {
-  static const std::filesystem::path path = [] {
+  static const TemplateFile file = [] {
     std::random_device rd;
-    std::filesystem::path file =
-        std::filesystem::temp_directory_path() / ("orvalis-hesa-template-" + std::to_string(rd()) + ".db");
-    std::unique_ptr<Connection> connection = openConnection("sqlite:" + file.string());
+    TemplateFile t{std::filesystem::temp_directory_path() /
+                   ("orvalis-hesa-template-" + std::to_string(rd()) + ".db")};
+    std::unique_ptr<Connection> connection = openConnection("sqlite:" + t.path.string());
     createSchema(*connection);
     std::set<std::string> tables;
     for (const auto& [table, list] :
@@ -62,14 +70,13 @@ static const std::filesystem::path& templateDatabase() {
         if (!codeTable.empty() && codeTable != kMasterTable) tables.insert(codeTable);
       }
     }
-    for (const std::string& t : tables) {
-      connection->execute("INSERT INTO " + t +
+    for (const std::string& code : tables) {
+      connection->execute("INSERT INTO " + code +
                           " (VARIATION_ID, CODE_ID, DESCRIPTION) VALUES ('ORV01', '1', 'Code one')");
     }
-    std::atexit([] { std::filesystem::remove(templateDatabase()); });
-    return file;
+    return t;
   }();
-  return path;
+  return file.path;
 }
 
 void SirHeFixture::SetUp() {
@@ -105,8 +112,10 @@ void SirHeFixture::reconfigure(const std::function<void(StandaloneConfig&)>& adj
 }
 
 void SirHeFixture::setControl(const std::string& module, const std::string& param, const std::string& value) {
-  exec("INSERT INTO ADMCNTRL (CONTROL_TYPE, VARIATION_ID, LANGUAGE_ID, MODULE_ID, PARAM_ID, PARAM_VALUE) "
-       "VALUES ('P', 'ORV01', 'ENG', '" + module + "', '" + param + "', '" + value + "')");
+  exec(
+      "INSERT INTO ADMCNTRL (CONTROL_TYPE, VARIATION_ID, LANGUAGE_ID, MODULE_ID, PARAM_ID, PARAM_VALUE) "
+      "VALUES ('P', 'ORV01', 'ENG', '" +
+      module + "', '" + param + "', '" + value + "')");
 }
 
 void SirHeFixture::exec(const std::string& sql) {

@@ -3,14 +3,14 @@
 // employees with complete, valid HESA data and alter them column by column.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "component/recording_error_component.h"
 #include "data/standalone_environment.h"
@@ -52,7 +52,7 @@ class SirHeFixture : public ::testing::Test {
   std::filesystem::path dir_;
   std::string url_;
   std::shared_ptr<StandaloneEnvironment> env_;
-  Recordset last_;  // the recordset of the last extract
+  Recordset last_;                         // the recordset of the last extract
   std::shared_ptr<ErrorRecorder> errors_;  // what the error component was told
   bool expectNoErrors_ = true;             // extract() fails the test on any
 };

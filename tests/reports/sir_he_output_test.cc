@@ -4,7 +4,6 @@
 
 #include <cstdlib>
 #include <fstream>
-
 #include <pugixml.hpp>
 
 #include "runtime/basic_string.h"
@@ -41,7 +40,8 @@ TEST_F(SirHeOutput, XmlTextHoldsEveryRowAndValue) {
     EXPECT_STREQ(dt.attribute("dt:type").value(), "string");
     EXPECT_STREQ(dt.attribute("rs:dbtype").value(), "str");
     EXPECT_STREQ(dt.attribute("rs:fixedlength").value(), "true");
-    EXPECT_EQ(dt.attribute("dt:maxLength").as_int(), last_.field(a.attribute("rs:number").as_int() - 1).definedSize);
+    EXPECT_EQ(dt.attribute("dt:maxLength").as_int(),
+              last_.field(a.attribute("rs:number").as_int() - 1).definedSize);
   }
   EXPECT_EQ(names, (std::vector<std::string>{"REPORT_ID", "EMP_ID", "KNOWNAS", "RECORD_TYPE", "FIELD_ID",
                                              "FIELD_DESC", "VALUE", "ERROR"}));

@@ -3,10 +3,10 @@
 // row for row, over varied data crossing several batches; the read-ahead
 // sends a few statements where the original sends several per employee.
 
+#include <fmt/format.h>
+
 #include <fstream>
 #include <random>
-
-#include <fmt/format.h>
 
 #include "reports/sir_he/hesa_fields.h"
 #include "runtime/basic_string.h"
@@ -61,7 +61,8 @@ class SirHeReads : public SirHeFixture {
     std::ifstream in(trace);
     long n = 0;
     for (std::string line; std::getline(in, line);) {
-      if (line.find("FROM PNLEMPHESA") != std::string::npos && line.find("AND 1 = 0") == std::string::npos) ++n;
+      if (line.find("FROM PNLEMPHESA") != std::string::npos && line.find("AND 1 = 0") == std::string::npos)
+        ++n;
     }
     return n;
   }
@@ -79,7 +80,8 @@ TEST_F(SirHeReads, BatchedReadsGiveTheOriginalRowsRowForRow) {
   for (size_t i = 0; i < reference.size() && differences < 5; ++i) {
     if (batched[i] != reference[i]) {
       ++differences;
-      ADD_FAILURE() << "row " << i << ": " << join(batched[i], "|") << " instead of " << join(reference[i], "|");
+      ADD_FAILURE() << "row " << i << ": " << join(batched[i], "|") << " instead of "
+                    << join(reference[i], "|");
     }
   }
 

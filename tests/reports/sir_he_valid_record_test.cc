@@ -33,9 +33,9 @@ TEST_F(SirHeValidRecord, LeaversAroundTheReturnPeriod) {
       {"C2", "C", "'2010-01-01'", "'2020-01-01'", true},   // ... whatever their dates say
   };
   for (const Case& c : cases) {
-    addEmployee(c.id, {{"STATUS_ID", std::string("'") + c.status + "'"},
-                       {"DATE_START", c.start},
-                       {"DATE_LEFT", c.left}});
+    addEmployee(
+        c.id,
+        {{"STATUS_ID", std::string("'") + c.status + "'"}, {"DATE_START", c.start}, {"DATE_LEFT", c.left}});
   }
   reports::SIR_HE report;
   for (const Case& c : cases) {

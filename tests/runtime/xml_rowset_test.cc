@@ -4,14 +4,13 @@
 
 #include "runtime/xml_rowset.h"
 
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
-
-#include <gtest/gtest.h>
 #include <pugixml.hpp>
 
 namespace orvalis {
@@ -118,8 +117,12 @@ TEST(XmlRowset, SchemaDescribesEachAdoType) {
 
 TEST(XmlRowset, EveryValueAndNullReadsBack) {
   Recordset rs;
-  for (auto [name, type] : {std::pair{"NAME", ado::adVarChar}, {"CODE", ado::adChar}, {"AMOUNT", ado::adDouble},
-                            {"COUNT", ado::adInteger}, {"FLAG", ado::adBoolean}, {"WHEN", ado::adDBTimeStamp}}) {
+  for (auto [name, type] : {std::pair{"NAME", ado::adVarChar},
+                            {"CODE", ado::adChar},
+                            {"AMOUNT", ado::adDouble},
+                            {"COUNT", ado::adInteger},
+                            {"FLAG", ado::adBoolean},
+                            {"WHEN", ado::adDBTimeStamp}}) {
     rs.appendField(name, type, 40);
   }
   rs.open();
@@ -145,8 +148,12 @@ TEST(XmlRowset, EveryValueAndNullReadsBack) {
   auto rb = readBack(xml);
   ASSERT_EQ(rb->rows.size(), 3u);
   using Row = std::map<std::string, std::string>;
-  EXPECT_EQ(rb->rows[0], (Row{{"NAME", "O'Brien & <Sons> \"Ltd\""}, {"CODE", ""}, {"AMOUNT", "1234.5"},
-                              {"COUNT", "42"}, {"FLAG", "True"}, {"WHEN", "2024-04-06T13:05:09"}}));
+  EXPECT_EQ(rb->rows[0], (Row{{"NAME", "O'Brien & <Sons> \"Ltd\""},
+                              {"CODE", ""},
+                              {"AMOUNT", "1234.5"},
+                              {"COUNT", "42"},
+                              {"FLAG", "True"},
+                              {"WHEN", "2024-04-06T13:05:09"}}));
   EXPECT_TRUE(rb->rows[1].empty());  // Null values leave their attributes out
   EXPECT_EQ(rb->rows[2], (Row{{"NAME", "line one\nline two\ttabbed\r\n  Zoë ✓ bell\uFFFD caf\u00E9"},
                               {"AMOUNT", "0.1"},
@@ -156,7 +163,8 @@ TEST(XmlRowset, EveryValueAndNullReadsBack) {
 }
 
 TEST(XmlRowset, NamesThatAreNotXmlNamesTravelAsAliases) {
-  const std::vector<std::string> names = {"Last Name", "2ND", "c0", "a:b", "xmlns", "odd /> name", "FIELD_DESC"};
+  const std::vector<std::string> names = {"Last Name", "2ND",         "c0",        "a:b",
+                                          "xmlns",     "odd /> name", "FIELD_DESC"};
   Recordset rs;
   for (const std::string& n : names) rs.appendField(n, ado::adVarChar, 20);
   rs.open();
