@@ -1,5 +1,7 @@
 #include "component_env.h"
 
+#include "support/test_environment.h"
+
 #include <unistd.h>
 
 #include <atomic>
@@ -27,15 +29,8 @@ std::filesystem::path freshFolder() {
 
 ComponentEnv::ComponentEnv(Engine engine, std::string provider) : db_(engine), workDir_(freshFolder()) {
   setWorkFolder(workDir_.string());
-  StandaloneConfig config;
-  config.hrUrl = db_.url();
-  config.companyCode = "ORV01";
-  config.userCode = "ADMIN";
-  config.providerOverride = std::move(provider);
-  env_ = std::make_shared<StandaloneEnvironment>(std::move(config));
-  Connection& c = env_->hrConnection();
-  createSchema(c);
-  HREnvironment::set(env_);
+  env_ = installEnvironment(db_.url(), [&](StandaloneConfig& config) { config.providerOverride = provider; });
+  createSchema(env_->hrConnection());
   errors_ = installRecordingErrorComponent();
 }
 

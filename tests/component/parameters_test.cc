@@ -5,18 +5,12 @@
 #include <gtest/gtest.h>
 
 #include "runtime/error.h"
+#include "support/test_environment.h"
 
 namespace orvalis {
 namespace {
 
-long errorNumber(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
+using test::errorNumber;
 
 TEST(Parameters, ByIndexWithTheVariantConversions) {
   Parameters p{"L1", Value(true), Value::null(), "maybe", 0};

@@ -1,5 +1,7 @@
 #include "foundation_fixture.h"
 
+#include "support/test_environment.h"
+
 #include <random>
 
 #include "data/control.h"
@@ -50,13 +52,7 @@ void SqliteFixture::TearDown() {
 }
 
 void SqliteFixture::reconfigure(const std::function<void(StandaloneConfig&)>& adjust) {
-  StandaloneConfig config;
-  config.hrUrl = url_;
-  config.companyCode = "ORV01";
-  config.userCode = "ADMIN";
-  adjust(config);
-  env_ = std::make_shared<StandaloneEnvironment>(config);
-  HREnvironment::set(env_);
+  env_ = test::installEnvironment(url_, adjust);
 }
 
 void SqliteFixture::exec(const std::string& sql) {

@@ -1,5 +1,7 @@
 #include "diary_fixture.h"
 
+#include "support/test_environment.h"
+
 #include "data/control.h"
 #include "data/hr_environment.h"
 #include "runtime/basic_number.h"
@@ -15,12 +17,7 @@ std::string quoted(const std::string& s) { return s.empty() ? "NULL" : "'" + s +
 
 void DiaryTest::SetUp() {
   db_ = std::make_unique<test::ScratchDatabase>(test::Engine::SQLite);
-  StandaloneConfig config;
-  config.hrUrl = db_->url();
-  config.companyCode = "ORV01";
-  config.userCode = "ADMIN";
-  env_ = std::make_shared<StandaloneEnvironment>(config);
-  HREnvironment::set(env_);
+  env_ = test::installEnvironment(db_->url());
   createSchema(env_->hrConnection());
   errors_ = installRecordingErrorComponent();
   clearControlCache();

@@ -1,5 +1,7 @@
 #include "query_fixture.h"
 
+#include "support/test_environment.h"
+
 #include "data/control.h"
 #include "data/dictionary.h"
 #include "data/hr_environment.h"
@@ -34,14 +36,11 @@ QueryDatabase::~QueryDatabase() {
 
 void QueryDatabase::reconnect(const std::string& provider, const std::string& user,
                               const std::map<std::string, std::string>& session) {
-  StandaloneConfig config;
-  config.hrUrl = db_->url();
-  config.companyCode = "ORV01";
-  config.userCode = user;
-  config.providerOverride = provider;
-  config.sessionVariables = session;
-  env_ = std::make_shared<StandaloneEnvironment>(config);
-  HREnvironment::set(env_);
+  env_ = test::installEnvironment(db_->url(), [&](StandaloneConfig& config) {
+    config.userCode = user;
+    config.providerOverride = provider;
+    config.sessionVariables = session;
+  });
   clearControlCache();
 }
 

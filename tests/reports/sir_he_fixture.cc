@@ -1,5 +1,7 @@
 #include "sir_he_fixture.h"
 
+#include "support/test_environment.h"
+
 #include <random>
 #include <set>
 
@@ -102,13 +104,7 @@ void SirHeFixture::TearDown() {
 }
 
 void SirHeFixture::reconfigure(const std::function<void(StandaloneConfig&)>& adjust) {
-  StandaloneConfig config;
-  config.hrUrl = url_;
-  config.companyCode = "ORV01";
-  config.userCode = "ADMIN";
-  adjust(config);
-  env_ = std::make_shared<StandaloneEnvironment>(config);
-  HREnvironment::set(env_);
+  env_ = test::installEnvironment(url_, adjust);
 }
 
 void SirHeFixture::setControl(const std::string& module, const std::string& param, const std::string& value) {

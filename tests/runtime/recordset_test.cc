@@ -5,19 +5,13 @@
 #include <functional>
 
 #include "runtime/error.h"
+#include "support/test_environment.h"
 #include "runtime/recordset.h"
 
 namespace orvalis {
 namespace {
 
-long errorNumber(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
+using test::errorNumber;
 
 Recordset codes(std::initializer_list<const char*> values) {
   Recordset rs;

@@ -5,19 +5,13 @@
 #include <functional>
 
 #include "runtime/error.h"
+#include "support/test_environment.h"
 #include "runtime/value.h"
 
 namespace orvalis {
 namespace {
 
-long errorNumber(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
+using test::errorNumber;
 
 TEST(ValueConversion, DoublesReadAsBasicPrintsThem) {
   struct Case {
