@@ -2,10 +2,10 @@
 // building a whole demo database in an in-memory SQLite database.
 #include <benchmark/benchmark.h>
 
-#include "data/connection.h"
+#include "data/drivers/connection.h"
 #include "runtime/date_time.h"
-#include "schema/demo_database.h"
-#include "schema/demo_model.h"
+#include "demo/demo_database.h"
+#include "demo/demo_model.h"
 
 namespace {
 

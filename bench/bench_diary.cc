@@ -28,13 +28,13 @@
 #include <iostream>
 #include <memory>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/data_functions.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"
 #include "diary/diary.h"
 #include "runtime/basic_string.h"
-#include "schema/demo_database.h"
+#include "demo/demo_database.h"
 
 namespace orvalis {
 namespace {

@@ -18,7 +18,7 @@
 #include <functional>
 #include <iostream>
 
-#include "data/connection.h"
+#include "data/drivers/connection.h"
 #include "runtime/error.h"
 
 namespace orvalis {

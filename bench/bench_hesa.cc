@@ -20,7 +20,7 @@
 #include <iostream>
 #include <map>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"
 #include "reports/sir_he/hesa_fields.h"
@@ -28,7 +28,7 @@
 #include "runtime/error.h"
 #include "runtime/settings_file.h"
 #include "runtime/work_folder.h"
-#include "schema/demo_database.h"
+#include "demo/demo_database.h"
 #include "schema/schema.h"
 
 namespace orvalis {

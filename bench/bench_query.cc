@@ -11,7 +11,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/hr_environment.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"

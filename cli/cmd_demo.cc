@@ -1,5 +1,5 @@
 // The demo-db command: creates the HR schema and fills it with the demo
-// data set (schema/demo_database.h).
+// data set (demo/demo_database.h).
 
 #include <unistd.h>
 
@@ -9,7 +9,7 @@
 #include "cli/cli_context.h"
 #include "runtime/basic_date.h"
 #include "runtime/error.h"
-#include "schema/demo_database.h"
+#include "demo/demo_database.h"
 
 namespace orvalis::cli {
 namespace {

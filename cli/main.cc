@@ -9,8 +9,8 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/cli_context.h"
-#include "component/error_handling.h"
-#include "component/recording_error_component.h"
+#include "component/errors/error_handling.h"
+#include "component/errors/recording_error_component.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
 

@@ -37,7 +37,7 @@
 #include <string>
 #include <string_view>
 
-#include "component/error_handling.h"
+#include "component/errors/error_handling.h"
 #include "component/parameters.h"
 #include "data/environment.h"
 #include "runtime/recordset.h"

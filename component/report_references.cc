@@ -3,7 +3,7 @@
 #include <string_view>
 #include <vector>
 
-#include "component/error_handling.h"
+#include "component/errors/error_handling.h"
 #include "runtime/basic_string.h"
 
 namespace orvalis {

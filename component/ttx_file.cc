@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "component/error_handling.h"
+#include "component/errors/error_handling.h"
 #include "data/control.h"
 #include "data/sql_dialect.h"
 #include "runtime/basic_string.h"

@@ -1,6 +1,6 @@
 #include "data/data_functions.h"
 
-#include "component/error_handling.h"
+#include "component/errors/error_handling.h"
 #include "data/control.h"
 #include "data/hr_environment.h"
 #include "runtime/basic_string.h"

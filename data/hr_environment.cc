@@ -1,5 +1,6 @@
 #include "data/hr_environment.h"
 
+#include "data/debug_log_source.h"
 #include "runtime/error.h"
 
 namespace orvalis::HREnvironment {
@@ -10,6 +11,7 @@ thread_local unsigned long currentGeneration = 0;
 }  // namespace
 
 void set(std::shared_ptr<Environment> environment) {
+  setDebugLogSource(&dataDebugLogSource());
   if (environment != current) ++currentGeneration;
   current = std::move(environment);
 }

@@ -18,7 +18,7 @@
 #include <memory>
 #include <string>
 
-#include "data/connection.h"
+#include "data/drivers/connection.h"
 #include "data/environment.h"
 
 namespace orvalis {

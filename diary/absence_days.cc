@@ -1,6 +1,6 @@
 #include "diary/absence_days.h"
 
-#include "component/debug_log.h"
+#include "component/errors/debug_log.h"
 #include "data/control.h"
 #include "data/hr_environment.h"
 #include "data/sql_text.h"

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "component/error_handling.h"
+#include "component/errors/error_handling.h"
 #include "runtime/date_time.h"
 #include "runtime/value.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "component/debug_log.h"
+#include "component/errors/debug_log.h"
 #include "data/control.h"
 #include "data/hr_environment.h"
 #include "diary/dates_list.h"

@@ -13,7 +13,7 @@
 
 #include <string>
 
-#include "component/error_handling.h"
+#include "component/errors/error_handling.h"
 
 namespace orvalis::query {
 

@@ -2,7 +2,7 @@
 
 #include <cctype>
 
-#include "component/debug_log.h"
+#include "component/errors/debug_log.h"
 #include "data/dialect.h"
 #include "data/hr_environment.h"
 #include "data/sql_dialect.h"

@@ -1,8 +1,8 @@
-// The schema DDL texts compiled into the program.
+// The schema DDL text compiled into the program.
 //
-// schema/sqlite.sql and schema/postgresql.sql are the source of truth; the
-// build (schema/embed_ddl.cmake) turns them into a generated source file
-// that defines these two functions. Each returns the file's whole text.
+// schema/hr_schema.sql is the source of truth for SQLite and PostgreSQL;
+// the build (schema/embed_ddl.cmake) turns it into a generated source file
+// that defines this function, which returns the file's whole text.
 // Thread-safe.
 #pragma once
 
@@ -10,7 +10,6 @@
 
 namespace orvalis {
 
-std::string sqliteDdlSource();
-std::string postgresqlDdlSource();
+std::string schemaDdlSource();
 
 }  // namespace orvalis

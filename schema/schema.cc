@@ -68,20 +68,19 @@ SchemaEngine schemaEngineOf(const std::string& provider) {
               "the HR schema can be created on SQLite and PostgreSQL only, not on provider \"" + provider + "\"");
 }
 
-std::string schemaDdl(SchemaEngine engine) {
-  return engine == SchemaEngine::SQLite ? sqliteDdlSource() : postgresqlDdlSource();
-}
+std::string schemaDdl() { return schemaDdlSource(); }
 
 const DdlModel& schemaModel() {
-  static const DdlModel model = parseDdl(sqliteDdlSource());
+  static const DdlModel model = parseDdl(schemaDdlSource());
   return model;
 }
 
 // The DDL statements of the connection's engine: the tables, or the
 // indexes.
 static std::vector<std::string> ddlStatements(Connection& connection, bool indexes) {
+  schemaEngineOf(connection.provider());  // refuses engines we do not create schemas on
   std::vector<std::string> chosen;
-  for (std::string& statement : splitStatements(schemaDdl(schemaEngineOf(connection.provider())))) {
+  for (std::string& statement : splitStatements(schemaDdl())) {
     bool isIndex = startsWith(ucase(statement), "CREATE INDEX") || startsWith(ucase(statement), "CREATE UNIQUE");
     if (isIndex == indexes) chosen.push_back(std::move(statement));
   }

@@ -1,9 +1,9 @@
 // The HR database schema: creating, detecting and dropping it.
 //
-// The DDL texts (schema/sqlite.sql, schema/postgresql.sql) are compiled into
-// the program. createSchema() picks the text for the connection's provider
-// ("SQLITE", or PostgreSQL natively or over ODBC), runs it in one
-// transaction and writes the data dictionary rows (ADMDDENT, ADMDDFLD)
+// The DDL (schema/hr_schema.sql, one text for every engine we create) is
+// compiled into the program. createSchema() checks the connection's
+// provider ("SQLITE", or PostgreSQL natively or over ODBC), runs the text in
+// one transaction and writes the data dictionary rows (ADMDDENT, ADMDDFLD)
 // derived from it (schema/dictionary_rows.h). Any other provider raises
 // orvalis::Error: the component reads SQL Server and Oracle databases but
 // does not create them.
@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "data/connection.h"
+#include "data/drivers/connection.h"
 #include "schema/ddl_model.h"
 
 namespace orvalis {
@@ -26,8 +26,8 @@ enum class SchemaEngine { SQLite, PostgreSQL };
 // provider that has none.
 SchemaEngine schemaEngineOf(const std::string& provider);
 
-// The DDL text of an engine.
-std::string schemaDdl(SchemaEngine engine);
+// The DDL text (the same on SQLite and PostgreSQL).
+std::string schemaDdl();
 
 // The tables and indexes of the schema (the same on every engine).
 const DdlModel& schemaModel();

@@ -23,7 +23,7 @@
 #include <memory>
 #include <string>
 
-#include "data/connection.h"
+#include "data/drivers/connection.h"
 
 namespace orvalis::drivers {
 

@@ -1,6 +1,6 @@
 #include "reports/sir_he/hesa_lookups.h"
 
-#include "component/error_handling.h"
+#include "component/errors/error_handling.h"
 #include "data/data_functions.h"
 #include "data/dictionary.h"
 #include "data/sql_text.h"

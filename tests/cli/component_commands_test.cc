@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "cli_runner.h"
-#include "data/connection.h"
+#include "data/drivers/connection.h"
 #include "schema/schema.h"
 
 namespace orvalis {

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/standalone_environment.h"
 #include "support/databases.h"
 

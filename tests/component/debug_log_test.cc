@@ -1,6 +1,6 @@
 // The diagnostic log: its switch, the file it fixes, and its lines.
 
-#include "component/debug_log.h"
+#include "component/errors/debug_log.h"
 
 #include <gtest/gtest.h>
 

@@ -1,14 +1,14 @@
 // The two error handlers: the block text, its single wrapping through
 // nested procedures, and the error component's retry / skip / leave.
 
-#include "component/error_handling.h"
+#include "component/errors/error_handling.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "orvalis/version.h"
 
 namespace orvalis {

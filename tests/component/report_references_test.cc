@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "component/error_handling.h"
+#include "component/errors/error_handling.h"
 
 namespace orvalis {
 namespace {

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "component/error_handling.h"
+#include "component/errors/error_handling.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"
 

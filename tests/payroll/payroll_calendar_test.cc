@@ -2,7 +2,7 @@
 // and pay-year dates.
 #include <gtest/gtest.h>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"

@@ -4,14 +4,14 @@
 
 #include <gtest/gtest.h>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/dictionary.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"
 #include "query/sql_builder.h"
 #include "runtime/clock.h"
-#include "schema/demo_database.h"
+#include "demo/demo_database.h"
 #include "support/databases.h"
 
 namespace orvalis::testing {

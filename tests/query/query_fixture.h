@@ -14,7 +14,7 @@
 
 #include <gtest/gtest.h>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/standalone_environment.h"
 #include "support/databases.h"
 

@@ -5,7 +5,7 @@
 #include <random>
 #include <set>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/dictionary.h"
 #include "data/hr_environment.h"

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/standalone_environment.h"
 #include "reports/sir_he/sir_he.h"
 #include "runtime/recordset.h"

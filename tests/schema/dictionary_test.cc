@@ -3,7 +3,7 @@
 // cache.
 #include <gtest/gtest.h>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/dictionary.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"

@@ -1,24 +1,27 @@
--- Orvalis HR database schema: PostgreSQL.
+-- Orvalis HR database schema: the one description of every table, column,
+-- key and index, for SQLite and PostgreSQL alike.
 --
--- This file and sqlite.sql hold the same tables and columns in the same
--- order (a test compares them); only the engine-specific details differ.
--- Both are compiled into the program (schema/embed_ddl.cmake) and run by
--- createSchema(); the data dictionary rows (ADMDDENT, ADMDDFLD) are written
--- by createSchema() from these definitions.
+-- The build compiles this file into the program (schema/embed_ddl.cmake);
+-- createSchema() runs it on either engine, and writes the data dictionary
+-- rows (ADMDDENT, ADMDDFLD) from the same definitions. Only types both
+-- engines read the same way are used, so the text needs no engine-specific
+-- forms; a test creates the schema on each engine and compares what the
+-- engine reports with this description column for column.
 --
 -- Conventions:
---   * Names are upper case and unquoted, so PostgreSQL keeps them in lower
---     case; the driver hands them back upper-cased. Every company table
+--   * Names are upper case and unquoted (PostgreSQL keeps them in lower
+--     case; the driver hands them back upper-cased). Every company table
 --     carries VARIATION_ID (the company code) as the first key column.
 --   * Codes are VARCHAR(10), descriptions VARCHAR(60), free texts TEXT.
---   * Dates are DATE. Clock times ("09:30") and the half-day markers
---     "AM"/"PM" are short texts.
+--   * Dates are DATE; SQLite stores them as ISO texts "YYYY-MM-DD", which
+--     sort and compare as dates. Clock times ("09:30") and the half-day
+--     markers "AM"/"PM" are short texts.
 --   * Hours, salaries, factors and durations are DOUBLE PRECISION.
 --   * Record keys called SEQ_ID are INTEGER where a table's SEQ_ID is a
 --     running number (ADMDDENT.NUMERIC_SEQ_ID = 'Y'); the columns that refer
 --     to them (NOTE_ID, *_ADD_ID, POST_SEQ_ID) are INTEGER as well, so that
---     joins compare like with like (PostgreSQL has no implicit cast between
---     text and integer).
+--     joins compare like with like on every engine (PostgreSQL has no
+--     implicit cast between text and integer).
 --   * Yes/no flags are one letter, 'Y' or 'N'. The few flags that are read
 --     as Booleans (ACCESS_BY_ALL) are SMALLINT 0/1.
 --   * Rotation week and day numbers of PNLCATFWP are short texts: the

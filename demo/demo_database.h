@@ -26,7 +26,7 @@
 #include <utility>
 #include <vector>
 
-#include "data/connection.h"
+#include "data/drivers/connection.h"
 #include "runtime/date_time.h"
 
 namespace orvalis {

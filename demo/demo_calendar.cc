@@ -1,4 +1,4 @@
-#include "schema/demo_calendar.h"
+#include "demo/demo_calendar.h"
 
 #include <algorithm>
 

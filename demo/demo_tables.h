@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
-#include "schema/demo_database.h"
-#include "schema/demo_model.h"
-#include "schema/demo_writer.h"
+#include "demo/demo_database.h"
+#include "demo/demo_model.h"
+#include "demo/demo_writer.h"
 
 namespace orvalis::demo {
 

@@ -8,10 +8,10 @@
 #include <iterator>
 #include <map>
 
-#include "schema/demo_calendar.h"
-#include "schema/demo_catalog.h"
-#include "schema/demo_random.h"
-#include "schema/demo_tables.h"
+#include "demo/demo_calendar.h"
+#include "demo/demo_catalog.h"
+#include "demo/demo_random.h"
+#include "demo/demo_tables.h"
 
 namespace orvalis::demo {
 

@@ -1,4 +1,4 @@
-#include "component/error_handling.h"
+#include "component/errors/error_handling.h"
 
 #include <new>
 

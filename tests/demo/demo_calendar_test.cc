@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "runtime/date_time.h"
-#include "schema/demo_calendar.h"
+#include "demo/demo_calendar.h"
 
 namespace orvalis::demo {
 namespace {

@@ -15,11 +15,11 @@
 #include <string_view>
 #include <vector>
 
-#include "data/connection.h"
+#include "data/drivers/connection.h"
 #include "runtime/date_time.h"
 #include "runtime/value.h"
-#include "schema/demo_database.h"
-#include "schema/demo_model.h"
+#include "demo/demo_database.h"
+#include "demo/demo_model.h"
 
 namespace orvalis::demo {
 

@@ -1,4 +1,4 @@
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 
 #include <cstdlib>
 

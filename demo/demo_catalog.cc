@@ -1,4 +1,4 @@
-#include "schema/demo_catalog.h"
+#include "demo/demo_catalog.h"
 
 #include <cstdio>
 

@@ -1,8 +1,6 @@
-#include "component/debug_log.h"
+#include "component/errors/debug_log.h"
 
-#include "component/error_handling.h"
-#include "data/control.h"
-#include "data/hr_environment.h"
+#include "component/errors/error_handling.h"
 #include "runtime/basic_date.h"
 #include "runtime/basic_string.h"
 #include "runtime/clock.h"
@@ -13,18 +11,12 @@ namespace orvalis {
 
 namespace {
 constexpr const char* kModule = "HRGlobalFunctions";
+DebugLogSource* installedSource = nullptr;
 }  // namespace
 
-bool debugLogEnabled() {
-  HRSession& session = HREnvironment::session();
-  std::string cached = session.GlobalVariable("DEBUG").text();
-  if (cached.empty()) {
-    const std::string value = ucase(trim(gfncGetControlValue("", "VAR", "DEBUG")));
-    cached = value == "YES" ? "YES" : "NO";
-    session.SetGlobalVariable("DEBUG", Value(cached));
-  }
-  return cached == "YES";
-}
+void setDebugLogSource(DebugLogSource* source) { installedSource = source; }
+
+bool debugLogEnabled() { return installedSource != nullptr && installedSource->traceOn(); }
 
 void gsubDebugLog(const std::string& source, const std::string& text, const std::string& extra) {
   std::string file;
@@ -42,11 +34,11 @@ void gsubDebugLog(const std::string& source, const std::string& text, const std:
     step(1, [&] { enabled = debugLogEnabled(); });
     if (!enabled) return;
     step(2, [&] {
-      file = gfncGetControlValue("", "VAR", "DEBUGFILE");
+      file = installedSource->logFile();
       if (file.empty()) {
         file = withTrailingSlash(workFolder().string()) + "General.Debug-" +
                formatDate(clock::now(), "YYMMDD") + ".txt";
-        gsubSetControlValue("", "VAR", "DEBUGFILE", file);
+        installedSource->setLogFile(file);
       }
     });
     step(3, [&] { appendLine(file, formatDate(clock::now(), "HH:MM:SS") + " " + text); });

@@ -1,4 +1,4 @@
-#include "data/connection.h"
+#include "data/drivers/connection.h"
 
 #include <fstream>
 #include <mutex>

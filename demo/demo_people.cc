@@ -4,10 +4,10 @@
 #include <cmath>
 #include <cstdio>
 
-#include "schema/demo_calendar.h"
-#include "schema/demo_catalog.h"
-#include "schema/demo_model.h"
-#include "schema/demo_random.h"
+#include "demo/demo_calendar.h"
+#include "demo/demo_catalog.h"
+#include "demo/demo_model.h"
+#include "demo/demo_random.h"
 
 namespace orvalis::demo {
 

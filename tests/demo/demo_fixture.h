@@ -8,8 +8,8 @@
 #include <memory>
 #include <string>
 
-#include "data/connection.h"
-#include "schema/demo_database.h"
+#include "data/drivers/connection.h"
+#include "demo/demo_database.h"
 #include "support/databases.h"
 
 namespace orvalis::testing {

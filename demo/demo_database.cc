@@ -1,4 +1,4 @@
-#include "schema/demo_database.h"
+#include "demo/demo_database.h"
 
 #include <algorithm>
 #include <chrono>
@@ -6,8 +6,8 @@
 
 #include "runtime/clock.h"
 #include "runtime/error.h"
-#include "schema/demo_calendar.h"
-#include "schema/demo_tables.h"
+#include "demo/demo_calendar.h"
+#include "demo/demo_tables.h"
 #include "schema/schema.h"
 
 namespace orvalis {

@@ -7,11 +7,11 @@
 #include <set>
 
 #include "runtime/date_time.h"
-#include "schema/demo_calendar.h"
-#include "schema/demo_catalog.h"
-#include "schema/demo_model.h"
-#include "schema/demo_random.h"
-#include "schema/demo_tables.h"
+#include "demo/demo_calendar.h"
+#include "demo/demo_catalog.h"
+#include "demo/demo_model.h"
+#include "demo/demo_random.h"
+#include "demo/demo_tables.h"
 
 namespace orvalis::demo {
 namespace {

@@ -10,13 +10,32 @@
 // line is "HH:MM:SS text". With the switch off nothing is written and no
 // file is created.
 //
-// Reads the current environment and the clock; failures go to the error
-// component. Single-threaded.
+// The log belongs to error reporting, which stands below the data layer:
+// the switch and the file name reach it through a DebugLogSource that the
+// data layer installs whenever an environment is stored
+// (data/debug_log_source.cc). With no source installed the trace is off.
+// Failures go to the error component. Single-threaded.
 #pragma once
 
 #include <string>
 
 namespace orvalis {
+
+// What the log reads from (and writes to) the session and the control
+// table. Implementations are owned by whoever installs them and must
+// outlive every call.
+class DebugLogSource {
+ public:
+  virtual ~DebugLogSource() = default;
+  // The "DEBUG" switch, read once a session.
+  virtual bool traceOn() = 0;
+  // The "DEBUGFILE" parameter ("" while unset) and its writer.
+  virtual std::string logFile() = 0;
+  virtual void setLogFile(const std::string& file) = 0;
+};
+
+// Installs the source the log reads (nullptr: the trace is off).
+void setDebugLogSource(DebugLogSource* source);
 
 // Appends "HH:MM:SS " + text to the log when the trace is on. `source` and
 // `extra` name the caller and carry a further text for the caller's own
