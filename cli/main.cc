@@ -11,6 +11,7 @@
 #include "cli/cli_context.h"
 #include "component/errors/error_handling.h"
 #include "component/errors/recording_error_component.h"
+#include "reports/report_classes.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
 
@@ -30,6 +31,7 @@ void printError(const orvalis::Error& e) {
 
 int main(int argc, char** argv) {
   using namespace orvalis;
+  registerReportClasses();
   CLI::App app{"orvalis: report data of the HR and payroll product"};
   app.require_subcommand(1);
   app.fallthrough();

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "runtime/basic_string.h"
+#include "runtime/error.h"
 
 namespace orvalis {
 
@@ -24,8 +25,6 @@ void registerReportClass(ReportClassInfo info) {
   }
 }
 
-const std::vector<ReportClassInfo>& registeredReportClasses() { return registry(); }
-
 const ReportClassInfo* findRegisteredClass(std::string_view classId) {
   const std::string wanted = trim(classId);
   for (const ReportClassInfo& c : registry()) {
@@ -33,5 +32,21 @@ const ReportClassInfo* findRegisteredClass(std::string_view classId) {
   }
   return nullptr;
 }
+
+std::unique_ptr<ReportClass> createReportClass(std::string_view classId) {
+  const ReportClassInfo* info = findRegisteredClass(classId);
+  if (info == nullptr) return nullptr;
+  return info->create();
+}
+
+std::unique_ptr<ReportClass> requireReportClass(std::string_view classId) {
+  std::unique_ptr<ReportClass> created = createReportClass(classId);
+  if (!created) {
+    throw Error(err::kClassNotRegistered, std::string(classId), "ActiveX component can't create object");
+  }
+  return created;
+}
+
+std::vector<ReportClassInfo> reportClasses() { return registry(); }
 
 }  // namespace orvalis

@@ -1,11 +1,14 @@
 #include "component/report_class.h"
 
+#include "component/class_registry.h"
 #include "component/ttx_file.h"
 #include "data/data_functions.h"
 #include "data/hr_environment.h"
 #include "runtime/basic_string.h"
 
 namespace orvalis {
+
+ReportClass::ReportClass(const ReportClassInfo& info) : ReportClass(info.name, info.handler) {}
 
 bool ReportClass::ExtractData(std::shared_ptr<Environment> environment, std::string_view methodName,
                               const Parameters& parameters, Recordset& rsData) {

@@ -46,6 +46,8 @@ namespace orvalis {
 
 inline constexpr const char* kClassIdPrefix = "ORVALIS.";
 
+struct ReportClassInfo;  // class_registry.h
+
 class ReportClass {
  public:
   virtual ~ReportClass() = default;
@@ -66,6 +68,8 @@ class ReportClass {
 
  protected:
   ReportClass(std::string className, Handler handler) : className_(std::move(className)), handler_(handler) {}
+  // Name and handler as the class registers them.
+  explicit ReportClass(const ReportClassInfo& info);
 
   // Step 1: creates the class's private working recordsets afresh. The
   // default empties the driving recordset.

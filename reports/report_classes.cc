@@ -1,74 +1,42 @@
-// The creatable report classes, in the order the component publishes them.
-//
-// Each class file registers itself (ORVALIS_REPORT_CLASS). This list refers
-// to every registration so that a program creating report classes links
-// them all from the static reports library, and gives the published order.
-// A new class file adds its anchor here.
+#include "reports/report_classes.h"
 
-#include <algorithm>
-
-#include "component/class_registry.h"
-#include "runtime/error.h"
+#include "reports/absence/absence.h"
+#include "reports/addresses/addresses.h"
+#include "reports/audit_data/audit_data.h"
+#include "reports/check_lists/check_lists.h"
+#include "reports/establishment/establishment.h"
+#include "reports/femr/femr.h"
+#include "reports/holidays/holidays.h"
+#include "reports/post_review/post_review.h"
+#include "reports/reporting_data/reporting_data.h"
+#include "reports/sir_fe/sir_fe.h"
+#include "reports/sir_he/sir_he.h"
+#include "reports/training_costs/training_costs.h"
 
 namespace orvalis {
 
-namespace reports {
-const char* reportClassAnchor_ReportingData();
-const char* reportClassAnchor_Absence();
-const char* reportClassAnchor_SIR_HE();
-const char* reportClassAnchor_Establishment();
-const char* reportClassAnchor_PostReview();
-const char* reportClassAnchor_SIR_FE();
-const char* reportClassAnchor_TrainingCosts();
-const char* reportClassAnchor_Holidays();
-const char* reportClassAnchor_Addresses();
-const char* reportClassAnchor_AuditData();
-const char* reportClassAnchor_CheckLists();
-const char* reportClassAnchor_FEMR();
-}  // namespace reports
-
 namespace {
 
-using Anchor = const char* (*)();
-constexpr Anchor kPublished[] = {
-    &reports::reportClassAnchor_ReportingData, &reports::reportClassAnchor_Absence,
-    &reports::reportClassAnchor_SIR_HE,        &reports::reportClassAnchor_Establishment,
-    &reports::reportClassAnchor_PostReview,    &reports::reportClassAnchor_SIR_FE,
-    &reports::reportClassAnchor_TrainingCosts, &reports::reportClassAnchor_Holidays,
-    &reports::reportClassAnchor_Addresses,     &reports::reportClassAnchor_AuditData,
-    &reports::reportClassAnchor_CheckLists,    &reports::reportClassAnchor_FEMR,
-};
+void registerInPublishedOrder() {
+  reports::registerReportingData();
+  reports::registerAbsence();
+  reports::registerSIR_HE();
+  reports::registerEstablishment();
+  reports::registerPostReview();
+  reports::registerSIR_FE();
+  reports::registerTrainingCosts();
+  reports::registerHolidays();
+  reports::registerAddresses();
+  reports::registerAuditData();
+  reports::registerCheckLists();
+  reports::registerFEMR();
+}
 
 }  // namespace
 
-std::unique_ptr<ReportClass> createReportClass(std::string_view classId) {
-  const ReportClassInfo* info = findRegisteredClass(classId);
-  if (info == nullptr) return nullptr;
-  return info->create();
-}
-
-std::unique_ptr<ReportClass> requireReportClass(std::string_view classId) {
-  std::unique_ptr<ReportClass> created = createReportClass(classId);
-  if (!created) {
-    throw Error(err::kClassNotRegistered, std::string(classId), "ActiveX component can't create object");
-  }
-  return created;
-}
-
-std::vector<ReportClassInfo> reportClasses() {
-  std::vector<ReportClassInfo> ordered;
-  for (Anchor anchor : kPublished) {
-    if (const ReportClassInfo* info = findRegisteredClass(std::string(kClassIdPrefix) + anchor())) {
-      ordered.push_back(*info);
-    }
-  }
-  // Classes registered without an anchor here follow in registration order.
-  for (const ReportClassInfo& info : registeredReportClasses()) {
-    bool listed = std::any_of(ordered.begin(), ordered.end(),
-                              [&](const ReportClassInfo& o) { return o.name == info.name; });
-    if (!listed) ordered.push_back(info);
-  }
-  return ordered;
+void registerReportClasses() {
+  static const bool registered = (registerInPublishedOrder(), true);
+  (void)registered;
 }
 
 }  // namespace orvalis

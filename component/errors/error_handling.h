@@ -1,17 +1,19 @@
 // The component's two error handlers.
 //
-// Block handler (report classes ReportingData, SIR_HE, SIR_FE,
-// TrainingCosts, Addresses, AuditData): a failing procedure wraps the error
-// in a fixed text block naming the project, module, procedure, version,
-// line, description and its variable and parameter dumps, and raises it on.
-// An error that already carries a block (an inner procedure wrapped it) is
-// raised on unchanged, so the host sees the innermost block only.
+// Which of them a report class uses is part of the class's registration,
+// in its folder reports/<class>/ (ReportClassInfo, class_registry.h).
 //
-// Error-component handler (the shared modules, and the classes Absence,
-// Establishment, PostReview, Holidays, FEMR): the error goes to the host's
-// error component "ORVERR.Error", which answers 4 (run the failing step
-// again), 5 (skip to the next step) or anything else (leave the procedure
-// quietly with the result it has so far).
+// Block handler: a failing procedure wraps the error in a fixed text block
+// naming the project, module, procedure, version, line, description and its
+// variable and parameter dumps, and raises it on. An error that already
+// carries a block (an inner procedure wrapped it) is raised on unchanged,
+// so the host sees the innermost block only.
+//
+// Error-component handler (the shared modules, and the report classes that
+// register it): the error goes to the host's error component
+// "ORVERR.Error", which answers 4 (run the failing step again), 5 (skip to
+// the next step) or anything else (leave the procedure quietly with the
+// result it has so far).
 //
 // A procedure marks its steps so that retry and skip mean what they say:
 //

@@ -4,8 +4,22 @@
 
 namespace orvalis::reports {
 
-bool Absence::recognises(const std::string&) const { return false; }
+namespace {
 
-ORVALIS_REPORT_CLASS(Absence, "ExtractData")
+// The class as it is published: name, public methods, the error handling
+// of its procedures.
+const ReportClassInfo& published() {
+  static const ReportClassInfo info{
+      "Absence", {"ExtractData"}, Handler::ErrorComponent, newReportClass<Absence>};
+  return info;
+}
+
+}  // namespace
+
+Absence::Absence() : ReportClass(published()) {}
+
+void registerAbsence() { registerReportClass(published()); }
+
+bool Absence::recognises(const std::string&) const { return false; }
 
 }  // namespace orvalis::reports

@@ -16,10 +16,13 @@ namespace orvalis::reports {
 
 class Absence final : public ReportClass {
  public:
-  Absence() : ReportClass("Absence", Handler::ErrorComponent) {}
+  Absence();
 
  protected:
   bool recognises(const std::string& method) const override;
 };
+
+// Adds the class to the registry (reports/report_classes.h).
+void registerAbsence();
 
 }  // namespace orvalis::reports

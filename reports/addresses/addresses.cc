@@ -4,8 +4,21 @@
 
 namespace orvalis::reports {
 
-bool Addresses::recognises(const std::string&) const { return false; }
+namespace {
 
-ORVALIS_REPORT_CLASS(Addresses, "ExtractData")
+// The class as it is published: name, public methods, the error handling
+// of its procedures.
+const ReportClassInfo& published() {
+  static const ReportClassInfo info{"Addresses", {"ExtractData"}, Handler::Block, newReportClass<Addresses>};
+  return info;
+}
+
+}  // namespace
+
+Addresses::Addresses() : ReportClass(published()) {}
+
+void registerAddresses() { registerReportClass(published()); }
+
+bool Addresses::recognises(const std::string&) const { return false; }
 
 }  // namespace orvalis::reports

@@ -16,10 +16,13 @@ namespace orvalis::reports {
 
 class Addresses final : public ReportClass {
  public:
-  Addresses() : ReportClass("Addresses", Handler::Block) {}
+  Addresses();
 
  protected:
   bool recognises(const std::string& method) const override;
 };
+
+// Adds the class to the registry (reports/report_classes.h).
+void registerAddresses();
 
 }  // namespace orvalis::reports

@@ -16,10 +16,13 @@ namespace orvalis::reports {
 
 class AuditData final : public ReportClass {
  public:
-  AuditData() : ReportClass("AuditData", Handler::Block) {}
+  AuditData();
 
  protected:
   bool recognises(const std::string& method) const override;
 };
+
+// Adds the class to the registry (reports/report_classes.h).
+void registerAuditData();
 
 }  // namespace orvalis::reports

@@ -4,8 +4,22 @@
 
 namespace orvalis::reports {
 
-bool CheckLists::recognises(const std::string&) const { return false; }
+namespace {
 
-ORVALIS_REPORT_CLASS(CheckLists, "ExtractData")
+// The class as it is published: name, public methods, the error handling
+// of its procedures.
+const ReportClassInfo& published() {
+  static const ReportClassInfo info{
+      "CheckLists", {"ExtractData"}, Handler::Block, newReportClass<CheckLists>};
+  return info;
+}
+
+}  // namespace
+
+CheckLists::CheckLists() : ReportClass(published()) {}
+
+void registerCheckLists() { registerReportClass(published()); }
+
+bool CheckLists::recognises(const std::string&) const { return false; }
 
 }  // namespace orvalis::reports

@@ -19,10 +19,13 @@ namespace orvalis::reports {
 
 class CheckLists final : public ReportClass {
  public:
-  CheckLists() : ReportClass("CheckLists", Handler::Block) {}
+  CheckLists();
 
  protected:
   bool recognises(const std::string& method) const override;
 };
+
+// Adds the class to the registry (reports/report_classes.h).
+void registerCheckLists();
 
 }  // namespace orvalis::reports

@@ -4,8 +4,22 @@
 
 namespace orvalis::reports {
 
-bool Establishment::recognises(const std::string&) const { return false; }
+namespace {
 
-ORVALIS_REPORT_CLASS(Establishment, "ExtractData", "Thrensby")
+// The class as it is published: name, public methods, the error handling
+// of its procedures.
+const ReportClassInfo& published() {
+  static const ReportClassInfo info{
+      "Establishment", {"ExtractData", "Thrensby"}, Handler::ErrorComponent, newReportClass<Establishment>};
+  return info;
+}
+
+}  // namespace
+
+Establishment::Establishment() : ReportClass(published()) {}
+
+void registerEstablishment() { registerReportClass(published()); }
+
+bool Establishment::recognises(const std::string&) const { return false; }
 
 }  // namespace orvalis::reports

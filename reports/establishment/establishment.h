@@ -18,10 +18,13 @@ namespace orvalis::reports {
 
 class Establishment final : public ReportClass {
  public:
-  Establishment() : ReportClass("Establishment", Handler::ErrorComponent) {}
+  Establishment();
 
  protected:
   bool recognises(const std::string& method) const override;
 };
+
+// Adds the class to the registry (reports/report_classes.h).
+void registerEstablishment();
 
 }  // namespace orvalis::reports

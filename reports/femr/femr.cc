@@ -4,8 +4,21 @@
 
 namespace orvalis::reports {
 
-bool FEMR::recognises(const std::string&) const { return false; }
+namespace {
 
-ORVALIS_REPORT_CLASS(FEMR, "ExtractData")
+// The class as it is published: name, public methods, the error handling
+// of its procedures.
+const ReportClassInfo& published() {
+  static const ReportClassInfo info{"FEMR", {"ExtractData"}, Handler::ErrorComponent, newReportClass<FEMR>};
+  return info;
+}
+
+}  // namespace
+
+FEMR::FEMR() : ReportClass(published()) {}
+
+void registerFEMR() { registerReportClass(published()); }
+
+bool FEMR::recognises(const std::string&) const { return false; }
 
 }  // namespace orvalis::reports

@@ -16,10 +16,13 @@ namespace orvalis::reports {
 
 class FEMR final : public ReportClass {
  public:
-  FEMR() : ReportClass("FEMR", Handler::ErrorComponent) {}
+  FEMR();
 
  protected:
   bool recognises(const std::string& method) const override;
 };
+
+// Adds the class to the registry (reports/report_classes.h).
+void registerFEMR();
 
 }  // namespace orvalis::reports

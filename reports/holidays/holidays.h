@@ -16,10 +16,13 @@ namespace orvalis::reports {
 
 class Holidays final : public ReportClass {
  public:
-  Holidays() : ReportClass("Holidays", Handler::ErrorComponent) {}
+  Holidays();
 
  protected:
   bool recognises(const std::string& method) const override;
 };
+
+// Adds the class to the registry (reports/report_classes.h).
+void registerHolidays();
 
 }  // namespace orvalis::reports

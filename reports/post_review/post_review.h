@@ -18,10 +18,13 @@ namespace orvalis::reports {
 
 class PostReview final : public ReportClass {
  public:
-  PostReview() : ReportClass("PostReview", Handler::ErrorComponent) {}
+  PostReview();
 
  protected:
   bool recognises(const std::string& method) const override;
 };
+
+// Adds the class to the registry (reports/report_classes.h).
+void registerPostReview();
 
 }  // namespace orvalis::reports

@@ -6,6 +6,22 @@
 
 namespace orvalis::reports {
 
+namespace {
+
+// The class as it is published: name, public methods, the error handling
+// of its procedures.
+const ReportClassInfo& published() {
+  static const ReportClassInfo info{
+      "ReportingData", {"ExtractData"}, Handler::Block, newReportClass<ReportingData>};
+  return info;
+}
+
+}  // namespace
+
+ReportingData::ReportingData() : ReportClass(published()) {}
+
+void registerReportingData() { registerReportClass(published()); }
+
 std::string ReportingData::locationsSql(const std::string& companyCode, const std::string& locationId) {
   std::string sql = "select EMP_ID, KNOWNAS, LOC_ID from PNLEMPMST ";
   sql += "where VARIATION_ID = '" + sqlQuote(companyCode) + "'";
@@ -39,7 +55,5 @@ bool ReportingData::LOCATIONS(const std::string& locationId, bool countOnly, Rec
   });
   return result;
 }
-
-ORVALIS_REPORT_CLASS(ReportingData, "ExtractData")
 
 }  // namespace orvalis::reports

@@ -19,7 +19,7 @@ namespace orvalis::reports {
 
 class ReportingData final : public ReportClass {
  public:
-  ReportingData() : ReportClass("ReportingData", Handler::Block) {}
+  ReportingData();
 
   // The LOCATIONS statement for a company and location code.
   static std::string locationsSql(const std::string& companyCode, const std::string& locationId);
@@ -37,5 +37,8 @@ class ReportingData final : public ReportClass {
   bool countOnly_ = false;
   std::string sql_;
 };
+
+// Adds the class to the registry (reports/report_classes.h).
+void registerReportingData();
 
 }  // namespace orvalis::reports

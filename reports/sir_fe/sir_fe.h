@@ -16,10 +16,13 @@ namespace orvalis::reports {
 
 class SIR_FE final : public ReportClass {
  public:
-  SIR_FE() : ReportClass("SIR_FE", Handler::Block) {}
+  SIR_FE();
 
  protected:
   bool recognises(const std::string& method) const override;
 };
+
+// Adds the class to the registry (reports/report_classes.h).
+void registerSIR_FE();
 
 }  // namespace orvalis::reports

@@ -13,6 +13,22 @@
 
 namespace orvalis::reports {
 
+namespace {
+
+// The class as it is published: name, public methods, the error handling
+// of its procedures.
+const ReportClassInfo& published() {
+  static const ReportClassInfo info{
+      "SIR_HE", {"ExtractData", "ExtractStringData"}, Handler::Block, newReportClass<SIR_HE>};
+  return info;
+}
+
+}  // namespace
+
+SIR_HE::SIR_HE() : ReportClass(published()) {}
+
+void registerSIR_HE() { registerReportClass(published()); }
+
 using namespace hesa;
 
 namespace {
@@ -294,7 +310,5 @@ bool SIR_HE::ExtractStringData(std::shared_ptr<Environment> environment, std::st
   });
   return result;
 }
-
-ORVALIS_REPORT_CLASS(SIR_HE, "ExtractData", "ExtractStringData")
 
 }  // namespace orvalis::reports

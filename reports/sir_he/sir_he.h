@@ -40,7 +40,7 @@ namespace orvalis::reports {
 
 class SIR_HE final : public ReportClass, public StringExtract {
  public:
-  SIR_HE() : ReportClass("SIR_HE", Handler::Block) {}
+  SIR_HE();
 
   // The extract as XML text in strData ("" unless ExtractData returns True
   // with rows); returns what ExtractData returns.
@@ -100,5 +100,8 @@ class SIR_HE final : public ReportClass, public StringExtract {
   std::vector<ColumnCheck> personChecks_;
   std::vector<ColumnCheck> contractChecks_;
 };
+
+// Adds the class to the registry (reports/report_classes.h).
+void registerSIR_HE();
 
 }  // namespace orvalis::reports

@@ -4,8 +4,22 @@
 
 namespace orvalis::reports {
 
-bool TrainingCosts::recognises(const std::string&) const { return false; }
+namespace {
 
-ORVALIS_REPORT_CLASS(TrainingCosts, "ExtractData")
+// The class as it is published: name, public methods, the error handling
+// of its procedures.
+const ReportClassInfo& published() {
+  static const ReportClassInfo info{
+      "TrainingCosts", {"ExtractData"}, Handler::Block, newReportClass<TrainingCosts>};
+  return info;
+}
+
+}  // namespace
+
+TrainingCosts::TrainingCosts() : ReportClass(published()) {}
+
+void registerTrainingCosts() { registerReportClass(published()); }
+
+bool TrainingCosts::recognises(const std::string&) const { return false; }
 
 }  // namespace orvalis::reports

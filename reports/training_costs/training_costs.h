@@ -16,10 +16,13 @@ namespace orvalis::reports {
 
 class TrainingCosts final : public ReportClass {
  public:
-  TrainingCosts() : ReportClass("TrainingCosts", Handler::Block) {}
+  TrainingCosts();
 
  protected:
   bool recognises(const std::string& method) const override;
 };
+
+// Adds the class to the registry (reports/report_classes.h).
+void registerTrainingCosts();
 
 }  // namespace orvalis::reports

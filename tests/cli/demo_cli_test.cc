@@ -1,6 +1,6 @@
 // The commands over a small demo database, end to end through the tool:
-// the generator, a stored query in two dialects and run, the diary, and the
-// HESA extract as text.
+// the generator, a stored query in two dialects and run, and the diary.
+// Reports run end to end in the golden files (tests/reports/golden).
 
 #include <filesystem>
 #include <random>
@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "cli_runner.h"
+#include "support/cli_runner.h"
 
 namespace orvalis::testing {
 namespace {
@@ -63,16 +63,6 @@ TEST_F(DemoCli, DiaryDaysAndBadInput) {
   EXPECT_NE(days.out.find("\"days\""), std::string::npos);
   EXPECT_EQ(run({"diary", "days", "--emp", "100001", "--from", "31/02/2025"}).status, 2);
   EXPECT_EQ(run({"diary", "days", "--emp", "100001", "--from", "03/03/2025", "--from-half", "XX"}).status, 2);
-}
-
-TEST_F(DemoCli, HesaExtractAsText) {
-  CliResult text = run({"extract", "SIR_HE", "01", "--string"});
-  ASSERT_EQ(text.status, 0) << text.err;
-  EXPECT_EQ(text.out.rfind("<xml xmlns:s=", 0), 0u);
-  EXPECT_NE(text.out.find("REPORT_ID='SIR_DATA'"), std::string::npos);
-  CliResult none = run({"extract", "SIR_HE", "SIR_HE", "--format", "csv"});
-  EXPECT_EQ(none.status, 1);  // a name the report does not serve: False, laid-out result
-  EXPECT_EQ(none.out.rfind("REPORT_ID,EMP_ID,KNOWNAS", 0), 0u);
 }
 
 }  // namespace

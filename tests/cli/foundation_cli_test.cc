@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "cli_runner.h"
+#include "support/cli_runner.h"
 
 namespace orvalis::testing {
 namespace {

@@ -10,6 +10,7 @@
 
 #include "component/class_registry.h"
 #include "component_env.h"
+#include "reports/report_classes.h"
 
 namespace orvalis {
 namespace {
@@ -34,6 +35,7 @@ class Locations : public ::testing::TestWithParam<Engine> {
     e->addEmployee("ORV01", "E3", "Cyd", "L1");
     e->addEmployee("ORV02", "X1", "Dee", "L1");
     e->setControl("ADM", "GENTTX", "Y");
+    registerReportClasses();
     report = createReportClass("ORVALIS.ReportingData");
   }
 
