@@ -37,7 +37,7 @@ std::shared_ptr<StandaloneEnvironment> CliContext::sharedEnvironment(Access acce
   config.userCode = options.user.empty() ? "ADMIN" : options.user;
   config.employeeCode = options.employee;
   if (!options.language.empty()) {
-    config.productLanguage = ucase(trim(options.language));
+    config.productLanguage = upperTrim(options.language);
     config.sessionLanguage = config.productLanguage;
   }
   config.providerOverride = options.provider;

@@ -40,7 +40,7 @@ DateTime commandDate(const std::string& option, const std::string& text) {
 }
 
 std::string halfMarker(const std::string& option, const std::string& text) {
-  std::string m = ucase(trim(text));
+  std::string m = upperTrim(text);
   if (m != "AM" && m != "PM") throw UsageError{option + ": \"" + text + "\" is not a half marker (AM or PM)"};
   return m;
 }
@@ -109,7 +109,7 @@ void runDays(CliContext& context, const DaysArgs& a) {
   DateTime to = a.to.empty() ? from : commandDate("--to", a.to);
   std::string fromHalf = halfMarker("--from-half", a.fromHalf);
   std::string toHalf = halfMarker("--to-half", a.toHalf);
-  std::string whole = ucase(trim(a.wholeDays));
+  std::string whole = upperTrim(a.wholeDays);
   if (!whole.empty() && whole != "Y" && whole != "N") {
     throw UsageError{"--whole-days: \"" + a.wholeDays + "\" is neither Y nor N"};
   }

@@ -5,7 +5,7 @@
 
 #include "cli/cli_context.h"
 #include "data/control.h"
-#include "data/sql_dialect.h"
+#include "data/dialect_functions.h"
 #include "runtime/error.h"
 #include "schema/schema.h"
 

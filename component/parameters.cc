@@ -17,12 +17,12 @@ std::string Parameters::text(long index) const { return at(index).toText(); }
 bool Parameters::flag(long index) const { return at(index).toBool(); }
 
 long Parameters::findNamed(std::string_view name) const {
-  const std::string wanted = ucase(trim(name));
+  const std::string wanted = upperTrim(name);
   for (long i = 0; i < size(); ++i) {
     const std::string element = elements_[static_cast<size_t>(i)].text();
     const size_t eq = element.find('=');
     if (eq == std::string::npos) continue;
-    if (ucase(trim(std::string_view(element).substr(0, eq))) == wanted) return i;
+    if (upperTrim(std::string_view(element).substr(0, eq)) == wanted) return i;
   }
   return -1;
 }

@@ -31,7 +31,7 @@ bool ReportClass::ExtractData(std::shared_ptr<Environment> environment, std::str
     bool valid = false;
     step(3, [&] { valid = HREnvironment::require().ValidEnvironment(); });
     if (!valid) return;
-    step(4, [&] { method = ucase(trim(method)); });
+    step(4, [&] { method = upperTrim(method); });
     step(5, [&] { readParameters(method, parameters); });
     if (!recognises(method)) return;
     runExtract(method, rsData, step, result);

@@ -133,8 +133,8 @@ std::string gfncGetBusClassName(std::string& module, const std::string& referenc
   });
   proc.run([&](Steps& step) {
     step(1, [&] {
-      module = ucase(trim(module));
-      ref = ucase(trim(reference));
+      module = upperTrim(module);
+      ref = upperTrim(reference);
     });
     if (ref.empty()) return;
     if (module == "PNL") step(2, [&] { subConvertReference(ref); });
@@ -154,7 +154,7 @@ std::string gfncGetBusClassName(std::string& module, const std::string& referenc
 }
 
 std::string componentNameOfModule(const std::string& module) {
-  const std::string m = ucase(trim(module));
+  const std::string m = upperTrim(module);
   if (m == "PNL") return componentNames().reports;
   if (m == "PAY") return componentNames().payroll;
   if (m == "ADM") return componentNames().administration;
@@ -162,9 +162,9 @@ std::string componentNameOfModule(const std::string& module) {
 }
 
 std::string gfncGetBusObjectID(const std::string& module, const std::string& reference) {
-  std::string m = ucase(trim(module));
+  std::string m = upperTrim(module);
   if (m.empty()) return "";
-  const std::string ref = ucase(trim(reference));
+  const std::string ref = upperTrim(reference);
   if (ref.empty()) return "";
   const std::string className = gfncGetBusClassName(m, ref);
   if (className.empty()) return "";

@@ -4,7 +4,7 @@
 
 #include "component/errors/error_handling.h"
 #include "data/control.h"
-#include "data/sql_dialect.h"
+#include "data/dialect_functions.h"
 #include "runtime/basic_string.h"
 #include "runtime/text_file.h"
 #include "runtime/value.h"
@@ -17,7 +17,7 @@ constexpr std::string_view kCrLf = "\r\n";
 }  // namespace
 
 std::string ttxLine(const FieldDef& field, Dialect dialect) {
-  const std::string name = trim(ucase(field.name));
+  const std::string name = upperTrim(field.name);
   std::string letter = std::to_string(field.type);
   std::string decimals;
   gsubFieldTypeLetter(letter, decimals, dialect);
@@ -76,7 +76,7 @@ void gsubWriteTTX(const Recordset* rsData, const std::string& fileName, bool che
     // A failed reading of the switch counts as "off".
     bool wanted = !checkSetting;
     if (checkSetting) {
-      step(1, [&] { wanted = left(ucase(trim(gfncGetSetting("GENTTX", true))), 1) == "Y"; });
+      step(1, [&] { wanted = left(upperTrim(gfncGetSetting("GENTTX", true)), 1) == "Y"; });
     }
     if (!wanted) return;
     step(2, [&] {

@@ -96,19 +96,13 @@ std::optional<std::string> readStored(const ControlKey& k) {
 // The site allows "DTT" parameters to be read from any company when the
 // session's system parameter "DTTANYCOMPANY" begins with "Y".
 bool dttFallbackAllowed() {
-  std::string v = ucase(trim(HREnvironment::session().SystemParameter("DTTANYCOMPANY").text()));
+  std::string v = upperTrim(HREnvironment::session().SystemParameter("DTTANYCOMPANY").text());
   return !v.empty() && v[0] == 'Y';
 }
 
 }  // namespace
 
 void clearControlCache() { cache().values.clear(); }
-
-bool flagIsYes(const std::string& text) {
-  std::string t = ucase(trim(text));
-  if (t.empty()) return true;
-  return !(t[0] == 'N' || t[0] == '0' || t[0] == 'F');
-}
 
 std::string gfncControlParamType(const std::string& module, const std::string& parameter) {
   static const std::map<std::string, std::set<std::string>> kTypes = [] {
@@ -151,8 +145,8 @@ std::string gfncControlParamType(const std::string& module, const std::string& p
     add("PAY:X", {"SESSACT", "SESSCONT"});
     return t;
   }();
-  std::string m = ucase(trim(module));
-  std::string p = ucase(trim(parameter));
+  std::string m = upperTrim(module);
+  std::string p = upperTrim(parameter);
   for (const auto& [key, names] : kTypes) {
     if (key.compare(0, key.find(':'), m) == 0 && names.count(p)) return key.substr(key.find(':') + 1);
   }
@@ -162,7 +156,7 @@ std::string gfncControlParamType(const std::string& module, const std::string& p
 std::string gfncGetControlValue(const std::string& language, const std::string& module,
                                 const std::string& parameter, const std::string& format,
                                 const std::string& defaultValue) {
-  if (ucase(trim(parameter)) == "VENDORID") return kVendorId;
+  if (upperTrim(parameter) == "VENDORID") return kVendorId;
   ControlKey key = makeKey(language, module, parameter);
 
   std::optional<std::string> stored = readStored(key);

@@ -13,6 +13,8 @@
 
 #include <string>
 
+#include "runtime/flags.h"
+
 namespace orvalis {
 
 // The product's fixed vendor identifier, answered for parameter "VENDORID"
@@ -41,8 +43,6 @@ void gsubSetControlValue(const std::string& language, const std::string& module,
 // goes to the table (the uncached read).
 void clearControlCache();
 
-// Flags stored as text: "N", "0" and "F" (first letter, any case) mean no;
-// anything else, empty included, means yes.
-bool flagIsYes(const std::string& text);
+// flagIsYes, the reading of flags stored as text, is in runtime/flags.h.
 
 }  // namespace orvalis

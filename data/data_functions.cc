@@ -20,7 +20,7 @@ std::string cachedSetting(const char* variable, const char* setting, const char*
   HRSession& session = HREnvironment::session();
   std::string value = trim(session.GlobalVariable(variable).text());
   if (value.empty()) {
-    value = ucase(trim(gfncGetSetting(setting, false)));
+    value = upperTrim(gfncGetSetting(setting, false));
     if (value.empty()) value = placeholder;
     session.SetGlobalVariable(variable, Value(value));
   }
@@ -37,7 +37,7 @@ std::string gfncCompanyCode() {
 
 std::string gfncConnectionString(const std::string& databaseCode) {
   std::string result;
-  std::string code = ucase(trim(databaseCode));
+  std::string code = upperTrim(databaseCode);
   Procedure proc(Handler::ErrorComponent, componentNames().payroll, kModule, "gfncConnectionString");
   proc.variables([&] { return Dump().item("STRDB:", code).text(); });
   proc.run([&](Steps& step) {
@@ -58,7 +58,7 @@ std::string gfncConnectionString(const std::string& databaseCode) {
 }
 
 std::string gfncDatabaseType(const std::string& databaseCode) {
-  return HREnvironment::require().DataBaseType(ucase(trim(databaseCode)));
+  return HREnvironment::require().DataBaseType(upperTrim(databaseCode));
 }
 
 bool gfncOpenRecordset(const std::string& sql, Recordset& rs, const std::string& databaseCode) {
@@ -69,7 +69,7 @@ bool gfncOpenRecordset(const std::string& sql, Recordset& rs, const std::string&
   proc.run([&](Steps& step) {
     step(10, [&] {
       rs = Recordset();
-      code = ucase(trim(databaseCode));
+      code = upperTrim(databaseCode);
     });
     if (trim(sql).empty()) return;
     step(20, [&] {

@@ -14,7 +14,7 @@ class SessionDebugLogSource final : public DebugLogSource {
     HRSession& session = HREnvironment::session();
     std::string cached = session.GlobalVariable("DEBUG").text();
     if (cached.empty()) {
-      const std::string value = ucase(trim(gfncGetControlValue("", "VAR", "DEBUG")));
+      const std::string value = upperTrim(gfncGetControlValue("", "VAR", "DEBUG"));
       cached = value == "YES" ? "YES" : "NO";
       session.SetGlobalVariable("DEBUG", Value(cached));
     }

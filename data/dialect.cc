@@ -6,7 +6,7 @@
 namespace orvalis {
 
 Dialect dialectOfProvider(std::string_view provider) {
-  std::string p = ucase(trim(provider));
+  std::string p = upperTrim(provider);
   if (p == kProviderSqlServer) return Dialect::SqlServer;
   if (p == kProviderSQLite) return Dialect::SQLite;
   if (p == kProviderPostgreSQL) return Dialect::PostgreSQL;

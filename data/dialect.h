@@ -1,4 +1,11 @@
-// Dialects: which SQL the component writes for the session's database.
+// Dialects: which database engine the session's SQL is written for, and
+// how provider names map to it. This file only names the engine; the SQL
+// texts that differ by engine live beside their users:
+//   data/dialect_functions.h  - the shared data functions whose SQL differs
+//                               by engine (gfncEmptyCondition,
+//                               gfncColumnExists, gsubFieldTypeLetter, ...);
+//   query/dialect_fragments.h - the fragments the query builder assembles
+//                               (date parts, joins, like, null-as-empty).
 //
 // The component's statements were written for SQL Server ("SQLOLEDB") and
 // Oracle ("MSDAORA"), chosen by the provider of the HR connection. We also

@@ -35,9 +35,11 @@ Cache& cache() {
   return c;
 }
 
-std::string key(const std::string& name) { return ucase(trim(name)); }
-
-bool isYes(const std::string& flag) { return ucase(left(trim(flag), 1)) == "Y"; }
+// The dictionary marks its Boolean columns (SMALL_VALUE, NUMERIC_SEQ_ID)
+// with "Y" alone: a blank or any other letter is no. This is neither of the
+// readings in runtime/flags.h (an empty column must not read as yes, and
+// "T" or "1" never mark a dictionary column), so it stays here.
+bool markedY(const std::string& flag) { return ucase(left(trim(flag), 1)) == "Y"; }
 
 const Cache& loaded() {
   Cache& c = cache();
@@ -53,10 +55,10 @@ const Cache& loaded() {
     for (long row = 0; row < fields.rowCount(); ++row) {
       FieldFacts f;
       f.caption = trim(fields.at(row, 2).text());
-      f.dataType = ucase(trim(fields.at(row, 3).text()));
-      f.fkTable = ucase(trim(fields.at(row, 4).text()));
-      f.smallValue = isYes(fields.at(row, 5).text());
-      c.fields[key(fields.at(row, 0).text()) + "." + key(fields.at(row, 1).text())] = std::move(f);
+      f.dataType = upperTrim(fields.at(row, 3).text());
+      f.fkTable = upperTrim(fields.at(row, 4).text());
+      f.smallValue = markedY(fields.at(row, 5).text());
+      c.fields[upperTrim(fields.at(row, 0).text()) + "." + upperTrim(fields.at(row, 1).text())] = std::move(f);
     }
   }
   Recordset entities = openRecordset("select ENTITY_ID, CAPTION, NUMERIC_SEQ_ID, KEY_STRUCTURE from ADMDDENT");
@@ -64,9 +66,9 @@ const Cache& loaded() {
     for (long row = 0; row < entities.rowCount(); ++row) {
       EntityFacts e;
       e.caption = trim(entities.at(row, 1).text());
-      e.numericSeqId = isYes(entities.at(row, 2).text());
+      e.numericSeqId = markedY(entities.at(row, 2).text());
       e.keyStructure = trim(entities.at(row, 3).text());
-      c.entities[key(entities.at(row, 0).text())] = std::move(e);
+      c.entities[upperTrim(entities.at(row, 0).text())] = std::move(e);
     }
   }
   return c;
@@ -74,13 +76,13 @@ const Cache& loaded() {
 
 const FieldFacts* findField(const std::string& field) {
   const Cache& c = loaded();
-  auto it = c.fields.find(key(field));
+  auto it = c.fields.find(upperTrim(field));
   return it == c.fields.end() ? nullptr : &it->second;
 }
 
 const EntityFacts* findEntity(const std::string& table) {
   const Cache& c = loaded();
-  auto it = c.entities.find(key(table));
+  auto it = c.entities.find(upperTrim(table));
   return it == c.entities.end() ? nullptr : &it->second;
 }
 

@@ -7,7 +7,7 @@
 namespace orvalis {
 
 StandaloneEnvironment::StandaloneEnvironment(StandaloneConfig config) : config_(std::move(config)) {
-  for (const auto& [name, value] : config_.sessionVariables) variables_[ucase(trim(name))] = Value(value);
+  for (const auto& [name, value] : config_.sessionVariables) variables_[upperTrim(name)] = Value(value);
   if (!config_.traceFile.empty()) trace_ = fileTrace(config_.traceFile);
 }
 
@@ -27,8 +27,8 @@ std::string StandaloneEnvironment::ConnectionDYNAMICS() {
 }
 
 std::string StandaloneEnvironment::DataBaseType(const std::string& databaseCode) {
-  if (!config_.providerOverride.empty()) return ucase(trim(config_.providerOverride));
-  std::string code = ucase(trim(databaseCode));
+  if (!config_.providerOverride.empty()) return upperTrim(config_.providerOverride);
+  std::string code = upperTrim(databaseCode);
   std::string text;
   if (code == "TWO" || code == "GP") {
     text = ConnectionTWO();
@@ -51,20 +51,20 @@ std::string StandaloneEnvironment::UserCode() const { return config_.userCode; }
 std::string StandaloneEnvironment::EmployeeCode() const { return config_.employeeCode; }
 
 Value StandaloneEnvironment::GlobalVariable(const std::string& name) const {
-  auto it = variables_.find(ucase(trim(name)));
+  auto it = variables_.find(upperTrim(name));
   return it == variables_.end() ? Value() : it->second;
 }
 
 void StandaloneEnvironment::SetGlobalVariable(const std::string& name, Value value) {
-  variables_[ucase(trim(name))] = std::move(value);
+  variables_[upperTrim(name)] = std::move(value);
 }
 
 Value StandaloneEnvironment::SystemParameter(const std::string& name) const {
-  std::string key = ucase(trim(name));
+  std::string key = upperTrim(name);
   if (key == kProductLanguageParameter) return Value(config_.productLanguage);
   if (key == kSessionLanguageParameter) return Value(config_.sessionLanguage);
   for (const auto& [n, v] : config_.systemParameters) {
-    if (ucase(trim(n)) == key) return Value(v);
+    if (upperTrim(n) == key) return Value(v);
   }
   return Value();
 }
@@ -97,7 +97,7 @@ Value StandaloneEnvironment::XRefEntityCaption(const std::string& entity) const 
 Connection& StandaloneEnvironment::connection(const std::string& connectionText) {
   std::string url = connectionText;
   if (startsWith(url, "@")) {
-    auto it = config_.databases.find(ucase(trim(url.substr(1))));
+    auto it = config_.databases.find(upperTrim(url.substr(1)));
     url = it == config_.databases.end() ? config_.hrUrl : it->second;
   }
   if (url.empty()) {

@@ -16,7 +16,6 @@
 namespace orvalis {
 
 using diary::firstLetter;
-using diary::norm;
 
 namespace {
 
@@ -46,8 +45,8 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
                            double& days, double& hours, PatternSet& patterns,
                            const std::string& initialiseDatesList, const std::string& wholeDaysOnly) {
   bool ran = false;
-  const std::string fromMarker = norm(fromHalf);
-  const std::string toMarker = norm(toHalf);
+  const std::string fromMarker = upperTrim(fromHalf);
+  const std::string toMarker = upperTrim(toHalf);
   std::string dayType;
   std::string check;
   std::string whole;
@@ -92,7 +91,7 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
       if (firstLetter(initialiseDatesList) != "N") clearDatesList();
     });
     std::string chkWpAmPm;
-    step(20, [&] { chkWpAmPm = norm(gfncGetControlValue("", "ADM", "CHKWPAMPM")); });
+    step(20, [&] { chkWpAmPm = upperTrim(gfncGetControlValue("", "ADM", "CHKWPAMPM")); });
     step(30, [&] {
       whole = firstLetter(wholeDaysOnly);
       if (whole != "Y" && whole != "N") whole = dayType == "P" ? "Y" : "N";
@@ -102,7 +101,7 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
     if (!first) return;
     if (!last) last = first;
     DiaryTrace* observer = patterns.trace();
-    const std::string category = norm(workingPattern);
+    const std::string category = upperTrim(workingPattern);
     for (DateTime d = *first; d <= *last; d = d.addDays(1)) {
       double dayDays = 0;
       double dayHours = 0;
@@ -184,10 +183,10 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
                          bool includeAbsentPosts) {
   double totalDays = 0;
   std::string emp = trim(employee);
-  std::string from = norm(fromDate);
-  std::string to = norm(toDate);
-  std::string fromHalf = norm(morning);
-  std::string toHalf = norm(afternoon);
+  std::string from = upperTrim(fromDate);
+  std::string to = upperTrim(toDate);
+  std::string fromHalf = upperTrim(morning);
+  std::string toHalf = upperTrim(afternoon);
   std::string fromTime = trim(absenceFromTime);
   std::string toTime = trim(absenceToTime);
   std::string seq = trim(postSeq);
@@ -296,8 +295,8 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
     auto field = [&rs](long row, int index) { return index >= 0 ? rs.at(row, index) : Value(); };
     for (long row = 0; row < rs.rowCount(); ++row) {
       step(70, [&] {
-        catId = norm(field(row, catField).text());
-        seqId = norm(field(row, seqField).text());
+        catId = upperTrim(field(row, catField).text());
+        seqId = upperTrim(field(row, seqField).text());
         const bool zeroHours = val(field(row, hoursField).text()) == 0;
         std::optional<DateTime> anchor = diary::dateOf(field(row, wpField));
         wpStart = anchor ? diary::houseText(*anchor) : "NONE";

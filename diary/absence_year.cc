@@ -1,7 +1,7 @@
 #include "diary/absence_year.h"
 
 #include "data/control.h"
-#include "data/sql_dialect.h"
+#include "data/dialect_functions.h"
 #include "data/sql_text.h"
 #include "diary/diary_module.h"
 #include "diary/post_lookup.h"

@@ -11,7 +11,6 @@
 namespace orvalis {
 
 using diary::firstLetter;
-using diary::norm;
 
 namespace {
 
@@ -60,7 +59,7 @@ DayCount countDaysInRange(std::optional<DateTime> from, std::optional<DateTime> 
 
   const std::string emp = trim(employee);
   const std::string seq = trim(post);
-  std::string cat = norm(category);
+  std::string cat = upperTrim(category);
   if (type == "P") {
     if (cat.empty()) cat = !seq.empty() ? diary::postCategory(emp, seq, &patterns) : diary::employeeCategory(emp, &patterns);
     if (cat.empty() || cat == "<DEFAULT>") {

@@ -8,12 +8,11 @@
 
 namespace orvalis {
 
-using diary::norm;
 
 std::string sicknessAbsenceTypes() {
   std::string list;
   for (const std::string& item : split(gfncGetControlValue("", "PNL", "VALIDABS"), ",")) {
-    std::string code = norm(replace(item, "'", ""));
+    std::string code = upperTrim(replace(item, "'", ""));
     if (code.empty()) continue;
     if (!list.empty()) list += ",";
     list += "'" + code + "'";
@@ -22,7 +21,7 @@ std::string sicknessAbsenceTypes() {
 }
 
 std::string gfncDiaryDayType(const std::string& absenceType) {
-  std::string code = norm(absenceType);
+  std::string code = upperTrim(absenceType);
   std::string result = "P";
   std::string sicknessTypes;
   std::string holidayType;
@@ -46,7 +45,7 @@ std::string gfncDiaryDayType(const std::string& absenceType) {
         result = "S";
         return;
       }
-      holidayType = norm(gfncGetControlValue("", "PNL", "ABSCHKTYPE"));
+      holidayType = upperTrim(gfncGetControlValue("", "PNL", "ABSCHKTYPE"));
       result = code == holidayType ? "H" : "P";
     });
   });
@@ -54,7 +53,7 @@ std::string gfncDiaryDayType(const std::string& absenceType) {
 }
 
 std::string gfncWholeDaysAbsence(const std::string& absenceType) {
-  std::string type = norm(absenceType);
+  std::string type = upperTrim(absenceType);
   std::string result = "N";
   Procedure proc = diary::procedure("gfncWholeDaysAbsence");
   proc.variables([&] { return Dump().item("STRTYPE_ID:", type).text(); });

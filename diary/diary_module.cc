@@ -37,14 +37,7 @@ std::optional<double> numberOf(const Value& v) {
   return std::nullopt;
 }
 
-std::string norm(std::string_view s) { return ucase(trim(s)); }
-
-std::string firstLetter(std::string_view s) { return left(norm(s), 1); }
-
-bool readsTrue(std::string_view s) {
-  std::string f = firstLetter(s);
-  return f == "Y" || f == "T" || f == "1";
-}
+std::string firstLetter(std::string_view s) { return left(upperTrim(s), 1); }
 
 std::string houseText(DateTime d) {
   int y = 0, m = 0, day = 0;

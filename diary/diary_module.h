@@ -32,12 +32,8 @@ std::optional<DateTime> dateOf(std::string_view text);
 // A value read as a number when it is numeric, else nothing.
 std::optional<double> numberOf(const Value& v);
 
-// Trimmed and upper-cased.
-std::string norm(std::string_view s);
 // The first letter of the trimmed text, upper-cased ("" when empty).
 std::string firstLetter(std::string_view s);
-// "Y", "T" or "1" (first letter): a flag that reads true.
-bool readsTrue(std::string_view s);
 
 // "DD/MM/YYYY": DateTime::house() without the formatting library (it is
 // written for every half day counted).

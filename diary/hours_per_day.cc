@@ -9,14 +9,14 @@
 #include "diary/post_lookup.h"
 #include "runtime/basic_number.h"
 #include "runtime/basic_string.h"
+#include "runtime/flags.h"
 
 namespace orvalis {
 
-using diary::norm;
 
 double gfncDiaryDaysPerWeek(const std::string& employee, const std::string& category, PatternSet* run) {
   double result = 0;
-  std::string cat = norm(category);
+  std::string cat = upperTrim(category);
   std::string sql;
   std::string fwp;
   std::string noOfDays;
@@ -34,7 +34,7 @@ double gfncDiaryDaysPerWeek(const std::string& employee, const std::string& cate
   });
   proc.run([&](Steps& step) {
     step(10, [&] {
-      if (cat.empty()) cat = norm(gfncGetControlValue("", "PNL", "DEFWP"));
+      if (cat.empty()) cat = upperTrim(gfncGetControlValue("", "PNL", "DEFWP"));
     });
     step(20, [&] {
       sql = "select * from PNLCAT " + diary::whereVariation() + " " + "and CODE_ID = '" + sqlQuote(cat) + "'";
@@ -42,7 +42,7 @@ double gfncDiaryDaysPerWeek(const std::string& employee, const std::string& cate
       if (!rs || rs->rowCount() == 0) return;
       int fwpField = rs->fieldIndex("FWP");
       fwp = fwpField >= 0 ? trim(rs->at(0, fwpField).text()) : "";
-      if (diary::readsTrue(fwp)) {
+      if (flagIsTrue(fwp)) {
         // The distinct key is the database's own value of week_id + day_id:
         // on SQL Server's text columns "+" joins the two texts, so every
         // (week, day) pair is its own key. SQLite would add them as numbers
@@ -67,7 +67,7 @@ double gfncDiaryDaysPerWeek(const std::string& employee, const std::string& cate
                                       "fri_work_day", "sat_work_day", "sun_work_day"};
       for (const char* flag : kFlags) {
         int index = rs->fieldIndex(flag);
-        if (index >= 0 && diary::readsTrue(rs->at(0, index).text())) result += 1;
+        if (index >= 0 && flagIsTrue(rs->at(0, index).text())) result += 1;
       }
     });
   });
@@ -90,7 +90,7 @@ double gfncEmployeeHoursPerDay(const std::string& employee, const std::string& p
   double daysWeek = 0;
   std::string emp = trim(employee);
   std::string seq = trim(post);
-  std::string cat = norm(category);
+  std::string cat = upperTrim(category);
   Procedure proc = diary::procedure("gfncEmployeeHoursPerDay");
   proc.variables([&] {
     return Dump()

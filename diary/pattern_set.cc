@@ -25,11 +25,11 @@ Value fieldAt(const Recordset& rs, long row, int index) {
 std::string numberKey(std::string_view text) {
   std::optional<double> n = parseNumber(text);
   if (n && std::floor(*n) == *n && std::fabs(*n) < 1e9) return std::to_string(static_cast<long>(*n));
-  return diary::norm(text);
+  return upperTrim(text);
 }
 
 std::string slotKey(std::string_view category, std::string_view week, std::string_view day) {
-  std::string key = diary::norm(category);
+  std::string key = upperTrim(category);
   key += '\x1f';
   key += numberKey(week);
   key += '\x1f';
@@ -89,13 +89,13 @@ void PatternSet::index(Table t) {
       int dayFields[7];
       for (int i = 0; i < 7; ++i) dayFields[i] = rs.fieldIndex(kDays[i]);
       for (long r = 0; r < rs.rowCount(); ++r) {
-        std::string key = diary::norm(fieldAt(rs, r, code).text());
+        std::string key = upperTrim(fieldAt(rs, r, code).text());
         if (categories_.count(key)) continue;  // the first row of a code is the one a filter finds
         CategoryPattern c;
         c.row = r;
         c.variationId = trim(fieldAt(rs, r, variation).text());
-        c.nwdId = diary::norm(fieldAt(rs, r, nwd).text());
-        c.fwp = diary::norm(fieldAt(rs, r, fwp).text());
+        c.nwdId = upperTrim(fieldAt(rs, r, nwd).text());
+        c.fwp = upperTrim(fieldAt(rs, r, fwp).text());
         Value s = fieldAt(rs, r, start);
         c.startDate = diary::dateOf(s);
         c.startDateText = trim(s.text());
@@ -105,7 +105,7 @@ void PatternSet::index(Table t) {
         Value e = fieldAt(rs, r, end);
         c.endDate = diary::dateOf(e);
         c.endDateText = trim(e.text());
-        for (int i = 0; i < 7; ++i) c.workDay[i] = diary::norm(fieldAt(rs, r, dayFields[i]).text());
+        for (int i = 0; i < 7; ++i) c.workDay[i] = upperTrim(fieldAt(rs, r, dayFields[i]).text());
         categories_.emplace(std::move(key), std::move(c));
       }
       break;
@@ -123,7 +123,7 @@ void PatternSet::index(Table t) {
       for (long r = 0; r < rs.rowCount(); ++r) {
         PatternSlot s;
         s.row = r;
-        s.timeId = diary::norm(fieldAt(rs, r, time).text());
+        s.timeId = upperTrim(fieldAt(rs, r, time).text());
         s.hoursText = trim(fieldAt(rs, r, hours).text());
         s.startTime = timeText(fieldAt(rs, r, start));
         s.endTime = timeText(fieldAt(rs, r, end));
@@ -143,7 +143,7 @@ void PatternSet::index(Table t) {
         if (!f) continue;
         // A period without an end is the one date.
         std::optional<DateTime> t = diary::dateOf(fieldAt(rs, r, to));
-        nonWorking_[diary::norm(fieldAt(rs, r, cat).text())].emplace_back(f->days(), t ? t->days() : f->days());
+        nonWorking_[upperTrim(fieldAt(rs, r, cat).text())].emplace_back(f->days(), t ? t->days() : f->days());
       }
       break;
     }
@@ -160,7 +160,7 @@ void PatternSet::index(Table t) {
 }
 
 const CategoryPattern* PatternSet::category(std::string_view code) const {
-  auto it = categories_.find(diary::norm(code));
+  auto it = categories_.find(upperTrim(code));
   return it == categories_.end() ? nullptr : &it->second;
 }
 
@@ -171,7 +171,7 @@ const std::vector<PatternSlot>& PatternSet::slots(std::string_view category, std
 }
 
 bool PatternSet::inNonWorkingPeriod(std::string_view category, DateTime date) const {
-  auto it = nonWorking_.find(diary::norm(category));
+  auto it = nonWorking_.find(upperTrim(category));
   if (it == nonWorking_.end()) return false;
   const int64_t d = date.days();
   for (const auto& [from, to] : it->second) {

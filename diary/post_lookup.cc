@@ -4,6 +4,7 @@
 #include "data/sql_text.h"
 #include "diary/diary_module.h"
 #include "diary/pattern_set.h"
+#include "runtime/basic_string.h"
 
 namespace orvalis::diary {
 
@@ -55,7 +56,7 @@ std::string memoKey(const char* what, const std::string& a, const std::string& b
 }  // namespace
 
 std::string postCategory(const std::string& employee, const std::string& post, PatternSet* run) {
-  return norm(rememberedFirstValue(
+  return upperTrim(rememberedFirstValue(
                   memoKey("PNL_CAT_ID", employee, post),
                   [&] {
                     return "select PNL_CAT_ID from PNLEMPHST " + whereVariation() + " " + "and SEQ_ID = '" +
@@ -88,7 +89,7 @@ Value postPatternStart(const std::string& employee, const std::string& post, con
 }
 
 std::string employeeCategory(const std::string& employee, PatternSet* run) {
-  return norm(firstValue("select CAT_ID from PNLEMPMST " + whereVariation() + " " + "and EMP_ID = '" +
+  return upperTrim(firstValue("select CAT_ID from PNLEMPMST " + whereVariation() + " " + "and EMP_ID = '" +
                              sqlQuote(employee) + "'",
                          run)
                   .text());

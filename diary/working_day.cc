@@ -16,7 +16,6 @@
 
 namespace orvalis {
 
-using diary::norm;
 
 namespace {
 
@@ -112,7 +111,7 @@ struct WorkingDayLocals {
 
   void category() {
     if (cat.empty()) cat = diary::postCategory(emp, seq, &patterns);
-    if (cat.empty()) cat = norm(gfncGetControlValue("", "PNL", "DEFWP"));
+    if (cat.empty()) cat = upperTrim(gfncGetControlValue("", "PNL", "DEFWP"));
   }
 
   void findPattern() {
@@ -221,11 +220,11 @@ bool gfncDiaryWorkingDay(DateTime date, const std::string& employee, const std::
   l.date = date.datePart();
   l.emp = trim(employee);
   l.seq = trim(post);
-  l.type = norm(dayType);
-  l.slot = norm(timeSlot);
+  l.type = upperTrim(dayType);
+  l.slot = upperTrim(timeSlot);
   l.from = trim(fromTime);
   l.to = trim(toTime);
-  l.cat = norm(category);
+  l.cat = upperTrim(category);
 
   Procedure proc = diary::procedure("gfncDiaryWorkingDay");
   proc.variables([&l] { return l.dump(); });

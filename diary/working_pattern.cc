@@ -10,7 +10,6 @@
 
 namespace orvalis {
 
-using diary::norm;
 
 namespace {
 
@@ -91,7 +90,7 @@ std::string fncGetWPDays(PatternSet& patterns, const std::string& category, cons
                          const std::string& day, const std::string& timeSlot, std::string& startTime,
                          std::string& endTime, double& hours) {
   bool ok = false;
-  std::string slot = norm(timeSlot);
+  std::string slot = upperTrim(timeSlot);
   std::string sql;
   startTime.clear();
   endTime.clear();

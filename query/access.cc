@@ -7,19 +7,20 @@
 #include "data/control.h"
 #include "data/data_functions.h"
 #include "data/dialect.h"
+#include "data/dialect_functions.h"
 #include "data/dictionary.h"
 #include "data/hr_environment.h"
-#include "data/sql_dialect.h"
 #include "data/sql_text.h"
 #include "query/access_user.h"
+#include "query/dialect_fragments.h"
 #include "query/filter_variable.h"
 #include "query/lookup.h"
 #include "query/org_structure.h"
 #include "query/query_module.h"
-#include "query/sql_forms.h"
 #include "query/sql_identifiers.h"
 #include "runtime/basic_number.h"
 #include "runtime/basic_string.h"
+#include "runtime/flags.h"
 
 namespace orvalis {
 
@@ -37,16 +38,6 @@ namespace {
 FieldRightsScope::Cache*& activeCache() {
   static FieldRightsScope::Cache* cache = nullptr;
   return cache;
-}
-
-bool readsNo(const std::string& flag) {
-  std::string f = left(ucase(trim(flag)), 1);
-  return f == "N" || f == "0" || f == "F";
-}
-
-bool readsYes(const std::string& flag) {
-  std::string f = left(ucase(trim(flag)), 1);
-  return f == "Y" || f == "T" || f == "1";
 }
 
 std::string variationText() { return sqlQuote(gfncCompanyCode()); }
@@ -97,15 +88,15 @@ std::optional<bool> cachedFieldRight(const std::string& accessId, const std::str
                                  sqlQuote(accessId) + "' and ELEMENT_ID = 'F'");
     if (rs.isOpen()) {
       for (rs.moveFirst(); !rs.eof(); rs.moveNext()) {
-        std::string key = ucase(trim(rs.get(0).text())) + '\x1f' + ucase(trim(rs.get(1).text()));
-        bool allowed = !readsNo(rs.get(2).text());
+        std::string key = upperTrim(rs.get(0).text()) + '\x1f' + upperTrim(rs.get(1).text());
+        bool allowed = flagIsYes(rs.get(2).text());
         auto [pos, inserted] = rights.emplace(key, allowed);
         if (!inserted) pos->second = pos->second && allowed;
       }
     }
     it = cache->rights.emplace(accessId, std::move(rights)).first;
   }
-  auto r = it->second.find(ucase(trim(module)) + '\x1f' + ucase(trim(item)));
+  auto r = it->second.find(upperTrim(module) + '\x1f' + upperTrim(item));
   return r == it->second.end() ? true : r->second;
 }
 
@@ -140,10 +131,10 @@ std::vector<RestrictionRow> restrictionsOf(const std::string& list, const std::s
   for (const std::string& line : split(replace(list, "\r\n", "\n"), "\n")) {
     std::vector<std::string> parts = split(line, "-!-");
     if (parts.size() < 3) continue;
-    if (ucase(trim(parts[0])) != ucase(accessId)) continue;
+    if (upperTrim(parts[0]) != ucase(accessId)) continue;
     // A value may itself hold "-!-": everything after the second separator.
     std::vector<std::string> rest(parts.begin() + 2, parts.end());
-    rows.push_back({ucase(trim(parts[1])), join(rest, "-!-")});
+    rows.push_back({upperTrim(parts[1]), join(rest, "-!-")});
   }
   return rows;
 }
@@ -155,7 +146,7 @@ std::string withoutQuotes(const std::string& item) {
 }
 
 bool standsForEmpty(const std::string& item) {
-  std::string u = ucase(trim(item));
+  std::string u = upperTrim(item);
   if (!u.empty() && u.front() == '\'') u.erase(0, 1);
   if (!u.empty() && u.back() == '\'') u.pop_back();
   return u == "<NULL>" || u == "NULL";
@@ -205,12 +196,12 @@ std::string valueCondition(const SelectionContext& ctx, const std::string& itemA
     if (v.find_first_of("*?") != std::string::npos) wildcard = true;
     literals.push_back(v);
   }
-  const std::string lhs = anyEmpty ? sqlforms::nullAsEmpty(ctx.dialect, field) : field;
+  const std::string lhs = anyEmpty ? fragments::nullAsEmpty(ctx.dialect, field) : field;
   const bool like = wildcard || alwaysLike(itemAsWritten);
   auto likeText = [](std::string v) {
     return "'" + sqlQuote(replace(replace(v, "*", "%"), "?", "_")) + "'";
   };
-  const std::string likeOp = " " + sqlforms::likeOperator(ctx.dialect, negate ? "not like" : "like") + " ";
+  const std::string likeOp = " " + fragments::likeOperator(ctx.dialect, negate ? "not like" : "like") + " ";
 
   if (literals.size() > 1) {
     if (like) {
@@ -290,12 +281,12 @@ FieldRightsScope::FieldRightsScope() : cache_(std::make_unique<Cache>()), previo
 FieldRightsScope::~FieldRightsScope() { activeCache() = previous_; }
 
 std::string accessModuleOf(const std::string& table) {
-  return startsWith(ucase(trim(table)), "PAY") ? "PAY" : "PNL";
+  return startsWith(upperTrim(table), "PAY") ? "PAY" : "PNL";
 }
 
 bool tableHasColumn(const std::string& table, const std::string& column) {
-  const std::string t = ucase(trim(table));
-  const std::string c = ucase(trim(column));
+  const std::string t = upperTrim(table);
+  const std::string c = upperTrim(column);
   if (t.empty() || c.empty()) return false;
   if (!fieldDataType(t + "." + c).empty()) return true;
   if (!entityKeyStructure(t).empty()) return false;  // a described table without it
@@ -303,7 +294,7 @@ bool tableHasColumn(const std::string& table, const std::string& column) {
 }
 
 bool tableHasEmployee(const std::string& table) {
-  const std::string t = ucase(trim(table));
+  const std::string t = upperTrim(table);
   if (t.empty()) return false;
   HRSession& session = HREnvironment::session();
   const std::string key = "HAS_EMP_ID:" + t;
@@ -327,7 +318,7 @@ bool gfncAccess(const std::string& strAccess_ID, const std::string& strModule, c
                                    "'");
       if (!rs.isOpen()) return;
       for (rs.moveFirst(); !rs.eof(); rs.moveNext()) {
-        if (readsNo(rs.get(0).text())) result = false;
+        if (!flagIsYes(rs.get(0).text())) result = false;
       }
     });
   });
@@ -340,12 +331,12 @@ bool gfncAccessRestrictions(const std::string& strAccess_ID, const std::string& 
   proc.variables([&] { return Dump().item("STRACCESS_ID:", strAccess_ID).text(); });
   proc.run([&](Steps& step) {
     step(10, [&] {
-      const std::string table = ucase(trim(strTable));
+      const std::string table = upperTrim(strTable);
       Recordset rs = query::lookupRows("select ACCESS_YN from ADMFDAC where ACCESS_ID = '" + sqlQuote(trim(strAccess_ID)) +
                                    "' and MODULE_ID = '" + accessModuleOf(table) + "' and ITEM_ID like '" +
                                    sqlQuote(table) + ".%' and ELEMENT_ID = 'F'");
       if (!rs.isOpen()) return;
-      for (rs.moveFirst(); !rs.eof() && !result; rs.moveNext()) result = readsYes(rs.get(0).text());
+      for (rs.moveFirst(); !rs.eof() && !result; rs.moveNext()) result = flagIsTrue(rs.get(0).text());
     });
   });
   return result;
@@ -357,7 +348,7 @@ int16_t gfncAccessToField(const std::string& strItem_ID, const std::string& strA
   proc.variables([&] { return Dump().item("STRITEM_ID:", strItem_ID).text(); });
   proc.run([&](Steps& step) {
     step(10, [&] {
-      const std::string item = ucase(trim(strItem_ID));
+      const std::string item = upperTrim(strItem_ID);
       size_t dot = item.find('.');
       const std::string table = dot == std::string::npos ? item : item.substr(0, dot);
       const std::string column = dot == std::string::npos ? std::string() : item.substr(dot + 1);
@@ -396,7 +387,7 @@ bool gfncAccessToEntity(const std::string& strEntity) {
   proc.variables([&] { return Dump().item("STRENTITY:", strEntity).text(); });
   proc.run([&](Steps& step) {
     step(10, [&] {
-      const std::string table = ucase(trim(strEntity));
+      const std::string table = upperTrim(strEntity);
       if (table.empty()) return;
       if (isRecruitmentTable(table)) {
         result = gfncAccessToRecruitment();
@@ -413,7 +404,7 @@ bool gfncAccessToForm(const std::string& strForm) {
   auto proc = query::procedure(query::kAccessModule, "gfncAccessToForm");
   proc.variables([&] { return Dump().item("STRFORM:", strForm).text(); });
   proc.run([&](Steps& step) {
-    const std::string form = ucase(trim(strForm));
+    const std::string form = upperTrim(strForm);
     if (form.empty()) return;
     step(10, [&] {
       Value host = HREnvironment::session().FormAccessLevel(form);
@@ -434,8 +425,8 @@ bool gfncAccessToForm(const std::string& strForm) {
                                       "' AND ELEMENT_ID = 'C' AND MODULE_ID = '" + module + "' AND ITEM_ID = '" +
                                       sqlQuote(form) + "'");
       if (!perms.isOpen() || perms.eof()) return;
-      std::string p = ucase(trim(perms.get(0).text()));
-      if (p == "NONE" || readsNo(p)) result = false;
+      std::string p = upperTrim(perms.get(0).text());
+      if (p == "NONE" || !flagIsYes(p)) result = false;
     });
   });
   return result;
@@ -464,9 +455,9 @@ void gsubAddSelection(const std::string& strEntity, const std::string& strAccess
   });
   proc.run([&](Steps& step) {
     SelectionContext ctx;
-    ctx.table = ucase(trim(strEntity));
+    ctx.table = upperTrim(strEntity);
     if (ctx.table.empty()) return;
-    if (left(ucase(trim(strApply)), 1) == "N") return;
+    if (left(upperTrim(strApply), 1) == "N") return;
 
     // The access id and whose settings apply.
     std::string accessId;
@@ -514,13 +505,13 @@ void gsubAddSelection(const std::string& strEntity, const std::string& strAccess
       std::string d = driverCondition(ctx, driver);
       if (!d.empty()) {
         if (!r.empty()) {
-          bool andOp = readsYes(gfncGetControlValue("", "ADM", "DIA_AND_OP"));
+          bool andOp = flagIsTrue(gfncGetControlValue("", "ADM", "DIA_AND_OP"));
           r = "( " + r + (andOp ? " AND (" : " OR (") + d + ") )";
         } else {
           r = "(" + d + ")";
         }
       }
-      if (r.empty() && readsYes(HREnvironment::session().GlobalVariable("ACCESS_SPECIFIED").text())) r = "1=0";
+      if (r.empty() && flagIsTrue(HREnvironment::session().GlobalVariable("ACCESS_SPECIFIED").text())) r = "1=0";
       if (!trim(strWhere).empty()) {
         if (!r.empty()) strWhere += " and " + r;
       } else {

@@ -39,9 +39,9 @@ std::string currentUser() { return currentUserId(); }
 
 std::string accessControlMode() {
   HRSession& session = HREnvironment::session();
-  std::string mode = ucase(trim(session.GlobalVariable("ACCESS_CONTROL").text()));
+  std::string mode = upperTrim(session.GlobalVariable("ACCESS_CONTROL").text());
   if (mode.empty()) {
-    mode = left(ucase(trim(gfncGetControlValue("", "ADM", "ACCESS_CONTROL"))), 1);
+    mode = left(upperTrim(gfncGetControlValue("", "ADM", "ACCESS_CONTROL")), 1);
     if (mode != "G" && mode != "E") mode = "U";
     session.SetGlobalVariable("ACCESS_CONTROL", Value(mode));
   }
@@ -104,7 +104,7 @@ std::string userAccessDriver(const std::string& user) {
   if (u == currentUser()) {
     HRSession& session = HREnvironment::session();
     Value cached = session.GlobalVariable("AccessDriver");
-    if (!cached.isEmpty()) return ucase(trim(cached.text()));
+    if (!cached.isEmpty()) return upperTrim(cached.text());
     std::string driver = ucase(adminUserColumn(u, "ACCESS_DRIVER"));
     session.SetGlobalVariable("AccessDriver", Value(driver));
     return driver;

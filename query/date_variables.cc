@@ -104,7 +104,7 @@ std::string siteDateFormat() {
   HRSession& session = HREnvironment::session();
   std::string cached = session.GlobalVariable("DATEFORMAT").text();
   if (!cached.empty()) return cached;
-  std::string f = ucase(trim(gfncGetControlValue("", "ADM", "DATEFORMAT")));
+  std::string f = upperTrim(gfncGetControlValue("", "ADM", "DATEFORMAT"));
   if (f == "DD/MM/YYYY" || f == "YYYY-MM-DD") {
     // kept as read
   } else if (f == "DD-MMM-YYYY") {
@@ -117,7 +117,7 @@ std::string siteDateFormat() {
 }
 
 bool isDatePartVariable(const std::string& name) {
-  std::string n = ucase(trim(name));
+  std::string n = upperTrim(name);
   return n == "YYYY" || n == "MM" || n == "DD" || n == "HH" || n == "NN" || n == "SS";
 }
 
@@ -127,7 +127,7 @@ std::string gfncParseDate(const std::string& strDate, const std::string& dateFor
   proc.variables([&] { return Dump().item("STRDATE:", strDate).text(); });
   proc.run([&](Steps& step) {
     step(10, [&] {
-      const std::string name = ucase(trim(strDate));
+      const std::string name = upperTrim(strDate);
       const DateTime now = clock::now();
       const DateTime today = now.datePart();
       const std::string ddmmyy = formatDate(today, "DD/MM/YY");

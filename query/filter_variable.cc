@@ -4,8 +4,8 @@
 #include <set>
 
 #include "data/data_functions.h"
+#include "data/dialect_functions.h"
 #include "data/hr_environment.h"
-#include "data/sql_dialect.h"
 #include "data/sql_text.h"
 #include "query/access.h"
 #include "query/access_user.h"
@@ -51,7 +51,7 @@ struct RecordSource {
 };
 
 RecordSource sourceOf(const FilterRecord& record) {
-  const std::string entity = ucase(trim(record.entity));
+  const std::string entity = upperTrim(record.entity);
   if (entity == "PNLCAND") {
     std::string vacancy = firstValue("select VACANCY_ID from PNLCAND where SEQ_ID = '" + sqlQuote(record.key) + "'");
     return {"PNLVACANT", "CODE_ID", vacancy};
@@ -78,7 +78,7 @@ std::string selfServiceValue(const std::string& name) {
 
 std::string rejectionReason(const FilterRecord& record) {
   std::string reason = firstValue("SELECT REASON_ID FROM ADMREJECT WHERE VARIATION_ID = '" + variation() +
-                                  "' AND ENTITY_ID = '" + sqlQuote(ucase(trim(record.entity))) +
+                                  "' AND ENTITY_ID = '" + sqlQuote(upperTrim(record.entity)) +
                                   "' AND TRN_SEQ_ID = '" + sqlQuote(trim(record.key)) + "' ORDER BY SEQ_ID DESC");
   if (reason.empty()) return "";
   return firstValue("SELECT DESCRIPTION FROM ADMREASON WHERE VARIATION_ID = '" + variation() + "' AND CODE_ID = '" +

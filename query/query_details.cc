@@ -3,7 +3,7 @@
 #include <cctype>
 
 #include "data/data_functions.h"
-#include "data/sql_dialect.h"
+#include "data/dialect_functions.h"
 #include "data/sql_text.h"
 #include "query/lookup.h"
 #include "query/query_module.h"
@@ -21,7 +21,7 @@ std::string fieldText(const Recordset& rs, const char* name) {
 bool isIdentifierChar(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '$'; }
 
 bool readsAsTrue(const std::string& s) {
-  std::string u = ucase(trim(s));
+  std::string u = upperTrim(s);
   return u == "Y" || u == "YES" || u == "T" || u == "TRUE" || u == "1" || u == "-1";
 }
 

@@ -4,8 +4,8 @@
 
 #include "component/errors/debug_log.h"
 #include "data/dialect.h"
+#include "data/dialect_functions.h"
 #include "data/hr_environment.h"
-#include "data/sql_dialect.h"
 #include "data/sql_text.h"
 #include "payroll/payroll_calendar.h"
 #include "query/date_variables.h"
@@ -143,8 +143,8 @@ bool isPayrollVariable(const std::string& value) {
 }
 
 std::string fncMapQueryFunctionToSQL(const std::string& strQueryFunction, const std::string& strValue) {
-  const std::string code = ucase(trim(strQueryFunction));
-  const bool isNull = ucase(trim(strValue)) == "NULL";
+  const std::string code = upperTrim(strQueryFunction);
+  const bool isNull = upperTrim(strValue) == "NULL";
   if (code == "EQ") return isNull ? "is" : "=";
   if (code == "<>") return isNull ? "is not" : "<>";
   if (code == "EW" || code == "BW" || code == "CO") return "like";
@@ -165,12 +165,12 @@ std::string fncParseValue(const std::string& strQueryFunction, const std::string
     return Dump().item("STRQUERYFUNCTION:", strQueryFunction).item("STRFIELD:", strField).text();
   });
   proc.run([&](Steps& step) {
-    const std::string code = ucase(trim(strQueryFunction));
-    std::string type = ucase(trim(strFieldType));
+    const std::string code = upperTrim(strQueryFunction);
+    std::string type = upperTrim(strFieldType);
     if (type.empty()) type = "S";
 
     // 1. NULL stands bare.
-    if (ucase(trim(value)) == "NULL") {
+    if (upperTrim(value) == "NULL") {
       result = "NULL";
       return;
     }

@@ -7,24 +7,25 @@
 
 #include "data/data_functions.h"
 #include "data/dialect.h"
+#include "data/dialect_functions.h"
 #include "data/dictionary.h"
 #include "data/hr_environment.h"
-#include "data/sql_dialect.h"
 #include "data/sql_text.h"
 #include "diary/absence_year.h"
 #include "payroll/payroll_calendar.h"
 #include "query/access.h"
 #include "query/access_user.h"
+#include "query/dialect_fragments.h"
 #include "runtime/keyed_text.h"
 #include "query/lookup.h"
 #include "query/org_structure.h"
 #include "query/query_details.h"
 #include "query/query_module.h"
 #include "query/query_values.h"
-#include "query/sql_forms.h"
 #include "query/sql_identifiers.h"
 #include "runtime/basic_number.h"
 #include "runtime/basic_string.h"
+#include "runtime/flags.h"
 
 namespace orvalis {
 
@@ -78,12 +79,7 @@ QueryDetails queryDetails(const std::string& queryId) {
 std::string variationQuoted() { return sqlQuote(gfncCompanyCode()); }
 
 std::string applyFlag(const std::string& strApplyAccess) {
-  return left(ucase(trim(strApplyAccess)), 1) == "N" ? "N" : "Y";
-}
-
-bool readsYes(const std::string& flag) {
-  std::string f = left(ucase(trim(flag)), 1);
-  return f == "Y" || f == "T" || f == "1";
+  return left(upperTrim(strApplyAccess), 1) == "N" ? "N" : "Y";
 }
 
 std::string withoutListPunctuation(const std::string& value) {
@@ -104,7 +100,7 @@ bool addKeyJoin(Dialect d, const std::string& table, const std::string& alias, c
   const std::string name = alias.empty() ? table : alias;
   if (!s.joined.insert(ucase(name)).second) return false;
   const std::string tableAndAlias = alias.empty() ? table : table + " " + alias;
-  if (sqlforms::oracleJoins(d)) {
+  if (fragments::oracleJoins(d)) {
     s.from += ", " + tableAndAlias;
     s.extraWhere += " and " + leftColumn + " = " + name + "." + key + "(+)";
   } else {
@@ -117,7 +113,7 @@ bool addKeyJoin(Dialect d, const std::string& table, const std::string& alias, c
 // vacancy tables; PNLEMPMST and PNLEMPMSTX for employee tables).
 void addMasterJoins(Dialect d, const std::string& t, const std::string& v, bool hasEmp) {
   BuilderState& s = state();
-  const bool oracle = sqlforms::oracleJoins(d);
+  const bool oracle = fragments::oracleJoins(d);
   if (t != "PNLEMPMST" && t != "PNLVACANT") {
     if (startsWith(t, "PNLCAND") || t == "PNLVACRES" || t == "PNLVACST") {
       s.joined.insert("PNLVACANT");
@@ -161,7 +157,7 @@ std::string addCodeTableJoin(Dialect d, const std::string& codeTable, const std:
   for (int n = 2; s.joined.count(ucase(name)); ++n) name = codeTable + "__" + std::to_string(n);
   s.joined.insert(ucase(name));
   const std::string tableAndAlias = name == codeTable ? codeTable : codeTable + " " + name;
-  if (sqlforms::oracleJoins(d)) {
+  if (fragments::oracleJoins(d)) {
     s.from += ", " + tableAndAlias;
     s.extraWhere += " and ('" + v + "' = " + name + ".VARIATION_ID(+) or 'AUTHORISE' = " + name +
                     ".VARIATION_ID(+) or 'PROPOSE' = " + name + ".VARIATION_ID(+)) and " + column + " = " + name +
@@ -243,7 +239,7 @@ void addColumn(SelectList& list, const std::string& driving, const std::string& 
     return;
   }
   if (column == "SEQ_ID" && gfncNumericSEQ_ID(table)) {
-    list.addRaw(sqlforms::paddedSeqId(d, table), "SEQ_ID");
+    list.addRaw(fragments::paddedSeqId(d, table), "SEQ_ID");
     return;
   }
   if (driving == "PNLEMPABS" && field == "PNLEMPABS.DURATION" && durationFactor != "1.00") {
@@ -254,7 +250,7 @@ void addColumn(SelectList& list, const std::string& driving, const std::string& 
     list.add("(" + field + " / 100.00)", table, column);
     return;
   }
-  const std::string codeTable = ucase(trim(gfncGetFKTable(field)));
+  const std::string codeTable = upperTrim(gfncGetFKTable(field));
   if (!codeTable.empty() && isIdentifier(codeTable) && codeTable != "PNLEMPMST" && codeTable != table &&
       codeTable != driving && column != "REFERENCE_ID" && isCodeTable(codeTable)) {
     // A vacancy table's own vacancy is joined already (the master join).
@@ -280,7 +276,7 @@ std::string criterionClause(Dialect d, Criterion c, const std::string& type, std
   // A value written with its quotes doubled is taken as meant; every
   // literal is quoted again when it is written.
   if (c.value.find("''") != std::string::npos) c.value = replace(c.value, "''", "'");
-  const std::string code = ucase(trim(c.function));
+  const std::string code = upperTrim(c.function);
   auto templateId = [&]() -> const std::string& {
     if (!templateRead) {
       tmpl = payroll::sessionTemplateId();
@@ -297,9 +293,9 @@ std::string criterionClause(Dialect d, Criterion c, const std::string& type, std
       compareField = "ADMADRES.PHONE_HOME";
     }
   }
-  const std::string token = ucase(trim(c.value));
+  const std::string token = upperTrim(c.value);
   if (type == "D" && (token == "<YYYY>" || token == "<MM>" || token == "<DD>")) {
-    compareField = sqlforms::datePart(d, token.substr(1, token.size() - 2), compareField);
+    compareField = fragments::datePart(d, token.substr(1, token.size() - 2), compareField);
   }
   auto parse = [&](const std::string& v) {
     std::string value = trim(v);
@@ -336,14 +332,14 @@ std::string criterionClause(Dialect d, Criterion c, const std::string& type, std
   }
   if (op.empty()) op = fncMapQueryFunctionToSQL(c.function, value);
   if (!isOperatorText(op)) return "";
-  op = sqlforms::likeOperator(d, op);
+  op = fragments::likeOperator(d, op);
 
   std::string clause = compareField + " " + op + " " + value;
   const std::string lop = lcase(op);
   // A date part is text whatever the field's type.
   const std::string testType = compareField == c.field ? type : "S";
-  if (lop == "is" || lop == "is not") clause = sqlforms::emptyTest(d, compareField, testType, lop == "is" ? "=" : "<>");
-  if (code == "NI" || code == "NC") clause = "(" + clause + " OR " + sqlforms::emptyTest(d, compareField, testType, "=") + ")";
+  if (lop == "is" || lop == "is not") clause = fragments::emptyTest(d, compareField, testType, lop == "is" ? "=" : "<>");
+  if (code == "NI" || code == "NC") clause = "(" + clause + " OR " + fragments::emptyTest(d, compareField, testType, "=") + ")";
   if (code == "NB") clause = "(" + clause + ")";
   return clause;
 }
@@ -448,7 +444,7 @@ std::string gfncBuildWhere(const std::string& strAccess, const std::string& strQ
                                    gfncEmptyCondition("QUERY_VALUE", "<>", d));
       if (!rs.isOpen()) return;
       for (rs.moveFirst(); !rs.eof(); rs.moveNext()) {
-        criteria.push_back({ucase(trim(rs.get(0).text())), trim(rs.get(1).text()), rtrim(rs.get(2).text())});
+        criteria.push_back({upperTrim(rs.get(0).text()), trim(rs.get(1).text()), rtrim(rs.get(2).text())});
       }
     });
     std::vector<std::string> clauses;
@@ -458,7 +454,7 @@ std::string gfncBuildWhere(const std::string& strAccess, const std::string& strQ
       for (const Criterion& c : criteria) {
         if (c.function.empty() || trim(c.value).empty() || !isFieldName(c.field)) continue;
         if (flag == "Y" && gfncAccessToField(c.field, strAccess) <= 0) continue;
-        std::string type = ucase(trim(fieldDataType(c.field)));
+        std::string type = upperTrim(fieldDataType(c.field));
         if (type.empty()) type = "S";
         std::string clause = criterionClause(d, c, type, tmpl, templateRead);
         if (!clause.empty()) clauses.push_back(clause);
@@ -499,7 +495,7 @@ std::string gfncBuildSelect(const std::string& strAccess, const std::string& str
       gfncQueryHasUDF(id);
       // Read for self-service forms; it changes nothing in the select list.
       (void)getKeyedValue(strFormSettings, "PORTAL_FORM");
-      if (readsYes(getKeyedValue(strFormSettings, "INCLUDE_UNAUTHORISED"))) {
+      if (flagIsTrue(getKeyedValue(strFormSettings, "INCLUDE_UNAUTHORISED"))) {
         std::string tables = replace(getKeyedValue(strFormSettings, "INCLUDE_UNAUTHORISED_TABLES"), " ", "");
         for (const std::string& t : split(tables, ",")) {
           if (!t.empty()) unauthorisedTables.insert(ucase(t));
@@ -535,7 +531,7 @@ std::string gfncBuildSelect(const std::string& strAccess, const std::string& str
                                    sqlQuote(id) + "' and INCLUDE_YN = 'Y' and ITEM_ID not like '%.UDF_%' order by " +
                                    order);
       if (!rs.isOpen()) return;
-      for (rs.moveFirst(); !rs.eof(); rs.moveNext()) fields.push_back(ucase(trim(rs.get(0).text())));
+      for (rs.moveFirst(); !rs.eof(); rs.moveNext()) fields.push_back(upperTrim(rs.get(0).text()));
     });
     SelectList list(d);
     step(50, [&] {
@@ -731,7 +727,7 @@ std::string gfncBuildSQL(const std::string& argUserID, const std::string& argQue
       if (!s.extraWhere.empty()) strWhere += s.extraWhere;
       // 13.
       if (!strWhere.empty()) {
-        if (!startsWith(ucase(trim(strWhere)), "WHERE ")) strSQL += " where ";
+        if (!startsWith(upperTrim(strWhere), "WHERE ")) strSQL += " where ";
         strSQL += " " + strWhere;
       }
     });

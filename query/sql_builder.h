@@ -6,7 +6,7 @@
 // variables (query_values.h). It returns text and runs nothing but the
 // lookups it needs. The dialect is the HR connection's (data/dialect.h):
 // SQL Server and Oracle get the component's own texts exactly; SQLite and
-// PostgreSQL get texts those engines run (sql_forms.h).
+// PostgreSQL get texts those engines run (dialect_fragments.h).
 //
 // The builder keeps two module-level strings for the build under way: the
 // FROM clause (the driving table, growing by joins) and an extra WHERE tail

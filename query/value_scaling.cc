@@ -11,7 +11,7 @@ namespace orvalis {
 
 std::string scaledCriterionNumber(const std::string& field, const std::string& value) {
   if (!isPlainNumber(value)) return value;
-  const std::string f = ucase(trim(field));
+  const std::string f = upperTrim(field);
   double factor = 1;
   if (gfncUnifaceSmallValue(f)) {
     factor = 100;

@@ -51,6 +51,13 @@ std::string ucase(std::string_view s) {
   return r;
 }
 
+std::string upperTrim(std::string_view s) {
+  size_t b = s.find_first_not_of(' ');
+  if (b == std::string_view::npos) return {};
+  size_t e = s.find_last_not_of(' ');
+  return ucase(s.substr(b, e - b + 1));
+}
+
 std::string lcase(std::string_view s) {
   std::string r(s);
   std::transform(r.begin(), r.end(), r.begin(), lower);

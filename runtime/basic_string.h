@@ -16,6 +16,8 @@ std::string ltrim(std::string_view s);
 std::string rtrim(std::string_view s);
 std::string ucase(std::string_view s);
 std::string lcase(std::string_view s);
+// ucase(trim(s)): the form in which names, settings and codes are compared.
+std::string upperTrim(std::string_view s);
 
 // Left$, Right$, Mid$. Out-of-range lengths and starts are clipped; a start
 // below 1 raises "Invalid procedure call" (5) as Basic does.

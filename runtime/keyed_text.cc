@@ -34,7 +34,7 @@ void forEachLine(std::string_view text, F f) {
   }
 }
 
-std::string normalKey(std::string_view key) { return ucase(trim(key)); }
+std::string normalKey(std::string_view key) { return upperTrim(key); }
 
 bool keyMatches(std::string_view text, const Line& line, const std::string& wanted) {
   if (line.equals == std::string_view::npos) return false;

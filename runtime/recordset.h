@@ -21,7 +21,7 @@
 // addNew() makes the new row current, so whoever fills a recordset calls
 // moveFirst() before handing it on (the drivers do).
 //
-// Storage: cells are 16-byte tagged values; texts up to 14 bytes live in the
+// Storage (runtime/recordset_cells.h): cells are 16-byte tagged values; texts up to 14 bytes live in the
 // cell, longer ones in a per-recordset text arena (space of overwritten
 // texts is reclaimed once it is half the arena). Rows are held in chunks of
 // 1024, so a large recordset never holds more than one partly used chunk:
@@ -35,10 +35,10 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "runtime/ado.h"
+#include "runtime/row_index.h"
 #include "runtime/value.h"
 
 namespace orvalis {
@@ -144,39 +144,6 @@ class Recordset {
  private:
   struct Impl;
   std::unique_ptr<Impl> impl_;
-};
-
-// A hash index over one or more key columns of a recordset, built once and
-// then probed: the portable form of the original's "filter the recordset by
-// code" lookups. Keys compare as the trimmed text of the values joined by
-// '\x1f', without regard to case (as the ADO filter they replace did). The
-// index refers to storage rows and skips deleted ones; it does not follow
-// later edits. Probing with a single key does not allocate.
-class RowIndex {
- public:
-  RowIndex() = default;
-  RowIndex(const Recordset& rs, const std::vector<std::string>& keyFields);
-
-  // Storage rows with this key, in storage order (empty when none).
-  const std::vector<long>& find(std::string_view key) const;
-  const std::vector<long>& find(const std::vector<std::string>& keyParts) const;
-  // First row with this key, or -1.
-  long first(std::string_view key) const;
-  size_t size() const { return rows_.size(); }
-
-  static std::string makeKey(const std::vector<std::string>& parts);
-
- private:
-  // Case-blind hashing and equality, usable with std::string_view probes.
-  struct NoCaseHash {
-    using is_transparent = void;
-    size_t operator()(std::string_view s) const;
-  };
-  struct NoCaseEqual {
-    using is_transparent = void;
-    bool operator()(std::string_view a, std::string_view b) const;
-  };
-  std::unordered_map<std::string, std::vector<long>, NoCaseHash, NoCaseEqual> rows_;
 };
 
 }  // namespace orvalis

@@ -98,7 +98,7 @@ bool Value::toBool() const {
     case Kind::Date:
       return asDate().serial() != 0;
     case Kind::Text: {
-      std::string t = ucase(trim(asText()));
+      std::string t = upperTrim(asText());
       if (t == "TRUE") return true;
       if (t == "FALSE") return false;
       if (auto n = parseNumber(asText())) return *n != 0;

@@ -51,7 +51,7 @@ std::vector<std::string> topLevelItems(const std::string& s) {
 
 std::vector<std::string> nameList(const std::string& s) {
   std::vector<std::string> names;
-  for (const std::string& item : split(s, ",")) names.push_back(ucase(trim(item)));
+  for (const std::string& item : split(s, ",")) names.push_back(upperTrim(item));
   return names;
 }
 

@@ -502,8 +502,8 @@ bool isCodeTable(const TableDef& t) {
 }  // namespace
 
 std::string codeTableOf(const std::string& table, const std::string& column) {
-  std::string t = ucase(trim(table));
-  std::string c = ucase(trim(column));
+  std::string t = upperTrim(table);
+  std::string c = upperTrim(column);
   std::string found = lookup(fieldCodeTables(), t + "." + c);
   if (!found.empty()) return found;
   found = lookup(columnCodeTables(), c);

@@ -61,7 +61,7 @@ void writeDictionary(Connection& connection, const DdlModel& model) {
 }  // namespace
 
 SchemaEngine schemaEngineOf(const std::string& provider) {
-  std::string p = ucase(trim(provider));
+  std::string p = upperTrim(provider);
   if (p == kProviderSQLite) return SchemaEngine::SQLite;
   if (p.find("POSTGRES") != std::string::npos) return SchemaEngine::PostgreSQL;
   throw Error(err::kDatabase, kSource,
@@ -120,7 +120,7 @@ std::vector<std::string> existingSchemaTables(Connection& connection) {
                           "where table_schema = current_schema() and table_type = 'BASE TABLE'";
   Recordset rs = connection.query(sql);
   std::set<std::string> present;
-  for (rs.moveFirst(); !rs.eof(); rs.moveNext()) present.insert(ucase(trim(rs.get(0).text())));
+  for (rs.moveFirst(); !rs.eof(); rs.moveNext()) present.insert(upperTrim(rs.get(0).text()));
   std::vector<std::string> tables;
   for (const TableDef& t : schemaModel().tables) {
     if (present.count(t.name)) tables.push_back(t.name);

@@ -13,7 +13,7 @@ namespace {
 
 const std::string kNothing;
 
-std::string keyOf(std::string_view s) { return ucase(trim(s)); }
+std::string keyOf(std::string_view s) { return upperTrim(s); }
 
 }  // namespace
 
@@ -75,7 +75,7 @@ void HesaLookups::subSetupXRefCollection(const std::string& variation) {
     for (const auto& [table, columns] : lists) {
       for (const std::string& column : split(columns, ",")) {
         step(2, [&] {
-          xrefEntity = ucase(trim(codeTable(table, column)));
+          xrefEntity = upperTrim(codeTable(table, column));
           if (xrefEntity.empty() || xrefEntity == kMasterTable) return;
           std::shared_ptr<CodeDescriptions>& codes = tables_[xrefEntity];
           if (!codes) {

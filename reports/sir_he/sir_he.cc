@@ -107,7 +107,7 @@ void SIR_HE::dumpVariables(Dump& dump) const { dump.item("STRSQL = ", sql_); }
 
 hesa::RecordReads SIR_HE::recordReads() const {
   if (reads_) return *reads_;
-  std::string chosen = ucase(trim(HREnvironment::session().GlobalVariable("HESA_READS").text()));
+  std::string chosen = upperTrim(HREnvironment::session().GlobalVariable("HESA_READS").text());
   return chosen == "PEREMPLOYEE" ? RecordReads::PerEmployee : RecordReads::Batched;
 }
 
@@ -241,7 +241,7 @@ const std::vector<SIR_HE::ColumnCheck>& SIR_HE::columnChecks(const char* table, 
     check.name = rs.field(c).name;
     const std::string key = std::string(table) + "." + check.name;
     check.label = lookups_.label(key);
-    std::string codeTable = ucase(trim(lookups_.codeTable(table, check.name)));
+    std::string codeTable = upperTrim(lookups_.codeTable(table, check.name));
     check.coded = !codeTable.empty() && codeTable != kMasterTable;
     check.codes = lookups_.codes(key);
     checks.push_back(std::move(check));

@@ -1,7 +1,7 @@
 // Dialect texts: the SQL Server and Oracle texts are fixed; SQLite and
 // PostgreSQL texts must run.
 
-#include "data/sql_dialect.h"
+#include "data/dialect_functions.h"
 #include "data/sql_text.h"
 #include "foundation_fixture.h"
 #include "runtime/ado.h"

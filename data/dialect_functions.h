@@ -1,4 +1,9 @@
-// SQL texts that differ between the database engines.
+// Dialect functions: the shared data functions whose SQL text differs
+// between the database engines (the empty-or-NULL test, the column-exists
+// statement, field type letters, date literals). They are part of the data
+// layer's published functions; the engine itself is chosen in
+// data/dialect.h, and the query builder's own per-engine fragments are in
+// query/dialect_fragments.h.
 //
 // The SQL Server and Oracle texts are the component's own and fixed;
 // SQLite and PostgreSQL get texts those engines run (they count with SQL

@@ -1,4 +1,8 @@
-// The query builder's SQL fragments that differ between engines.
+// Dialect fragments: the pieces of SQL the query builder assembles that
+// differ between engines. Private to query/; the engine is chosen in
+// data/dialect.h, and the data layer's shared per-engine functions (such as
+// gfncEmptyCondition, which emptyTest builds on) are in
+// data/dialect_functions.h.
 //
 // SQL Server ("SQLOLEDB") and Oracle ("MSDAORA") get the component's own
 // texts, character for character. SQLite and PostgreSQL get forms those
@@ -14,7 +18,7 @@
 
 #include "data/dialect.h"
 
-namespace orvalis::sqlforms {
+namespace orvalis::fragments {
 
 // A date part of a date column compared as text: part is "YYYY", "MM" or
 // "DD". SQL Server and Oracle:
@@ -39,4 +43,4 @@ std::string likeOperator(Dialect d, const std::string& op);
 // True when the dialect writes outer joins as Oracle's "(+)" conditions.
 inline bool oracleJoins(Dialect d) { return d == Dialect::Oracle; }
 
-}  // namespace orvalis::sqlforms
+}  // namespace orvalis::fragments

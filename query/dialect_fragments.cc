@@ -1,9 +1,9 @@
-#include "query/sql_forms.h"
+#include "query/dialect_fragments.h"
 
-#include "data/sql_dialect.h"
+#include "data/dialect_functions.h"
 #include "runtime/basic_string.h"
 
-namespace orvalis::sqlforms {
+namespace orvalis::fragments {
 
 std::string datePart(Dialect d, const std::string& part, const std::string& field) {
   const std::string p = ucase(part);
@@ -57,4 +57,4 @@ std::string likeOperator(Dialect d, const std::string& op) {
   return op;
 }
 
-}  // namespace orvalis::sqlforms
+}  // namespace orvalis::fragments

@@ -1,4 +1,4 @@
-#include "data/sql_dialect.h"
+#include "data/dialect_functions.h"
 
 #include "data/data_functions.h"
 #include "data/sql_text.h"
