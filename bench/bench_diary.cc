@@ -14,7 +14,8 @@
 //   build/bench/bench_diary --benchmark_counters_tabular=true
 //
 // Counters: absences/s, days/s (days counted per second), us/absence (to see
-// that the time grows linearly with the number of absences). The Warm run
+// that the time grows linearly with the number of absences). LongAbsence
+// counts one absence of 1 to 100 years: us/day (per calendar day) stays flat. The Warm run
 // counts absences a run has already met (every statement answered from the
 // run's cache); the Uncached run turns the run's statement cache off.
 // ORVALIS_BENCH_TRACE_SQL=FILE appends every statement sent to FILE.
@@ -207,6 +208,37 @@ void BM_DiaryNoOfDaysWarm(benchmark::State& state) {
 }
 void BM_DiaryNoOfDaysUncached(benchmark::State& state) { countAbsences(state, false); }
 
+// One absence of 1 to 100 years on the current post that started first, one
+// run per iteration: us/day stays flat while the counting is linear in the
+// length of the absence.
+void BM_DiaryLongAbsence(benchmark::State& state) {
+  Bench& b = bench();
+  Recordset post = openRecordset(
+      "select EMP_ID, SEQ_ID, START_DATE from PNLEMPHST where VARIATION_ID = 'ORV01' and STATUS_ID = 'R' "
+      "and END_DATE is null and START_DATE is not null order by START_DATE, EMP_ID limit 1");
+  if (post.rowCount() == 0) {
+    state.SkipWithError("no current post");
+    return;
+  }
+  const std::string employee = trim(post.at(0, 0).text());
+  const std::string seq = trim(post.at(0, 1).text());
+  const DateTime from = post.at(0, 2).toDate().datePart();
+  const DateTime to = from.addDays(static_cast<long>(state.range(0) * 36525 / 100) - 1);
+  double days = 0;
+  double calendarDays = 0;
+  for (auto _ : state) {
+    PatternSet patterns;
+    double hours = 0;
+    days += gfncDiaryNoOfDays(employee, from.house(), "AM", to.house(), "PM", "P", seq, hours, "", "", patterns);
+    calendarDays += to.serial() - from.serial() + 1;
+  }
+  state.counters["days counted"] = days / static_cast<double>(state.iterations());
+  state.counters["us/day"] =
+      benchmark::Counter(calendarDays / 1e6, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  (void)b;
+  reportErrors(state);
+}
+
 BENCHMARK(BM_ReadAbsences)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DiaryNoOfDays)
     ->Arg(10000)
@@ -217,6 +249,7 @@ BENCHMARK(BM_DiaryNoOfDays)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DiaryNoOfDaysWarm)->Arg(10000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DiaryNoOfDaysUncached)->Arg(10000)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DiaryLongAbsence)->Arg(1)->Arg(10)->Arg(40)->Arg(100)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace orvalis

@@ -45,6 +45,7 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
                            double& days, double& hours, PatternSet& patterns,
                            const std::string& initialiseDatesList, const std::string& wholeDaysOnly) {
   bool ran = false;
+  DatesListScope datesList;  // joins the absence's scope when a post is counted
   const std::string fromMarker = upperTrim(fromHalf);
   const std::string toMarker = upperTrim(toHalf);
   std::string dayType;
@@ -182,6 +183,7 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
                          const std::string& absenceToTime, PatternSet& patterns, const std::string& wholeDaysOnly,
                          bool includeAbsentPosts) {
   double totalDays = 0;
+  DatesListScope datesList;  // every post of the absence shares the list
   std::string emp = trim(employee);
   std::string from = upperTrim(fromDate);
   std::string to = upperTrim(toDate);

@@ -5,10 +5,22 @@
 // that counts an absence (the range counter, and every post of the absence
 // after it) sees the same list. Entries are the date in the house format
 // ("DD/MM/YYYY"), followed by "+AM" or "+PM" when a half was asked for,
-// joined by "-!-" with no separator before the first. A key is held when it
-// occurs in the list text: a half key matches that half only, a bare date
-// matches the date and either of its halves. Free functions over the
-// current session; single-threaded.
+// joined by "-!-" with no separator before the first, in the order they
+// were added. A key is held when it occurs in the list text: a half key
+// matches that half only, a bare date matches the date and either of its
+// halves.
+//
+// Reading or writing a session variable copies its whole text, so a count
+// that asked the session for every date of a long range would take time in
+// the square of the range. A counter therefore holds a DatesListScope while
+// it runs: the outermost scope reads the variable once into memory (the
+// text, and a hash set of its date keys), the functions below work on that
+// copy in constant time, and the scope writes the text back when it closes
+// (also when an error leaves it). Nothing else may assign the variable
+// while a scope is open. Outside any scope the functions read and write
+// the session variable directly.
+//
+// Free functions over the current session; single-threaded.
 #pragma once
 
 #include <string>
@@ -22,7 +34,20 @@ inline constexpr const char* kDatesListSeparator = "-!-";
 void clearDatesList();
 bool datesListHolds(std::string_view key);
 void addToDatesList(std::string_view entry);
-// The list's text as the session holds it.
+// The list's text as the session holds it (or will, when the scope closes).
 std::string datesListText();
+
+// Keeps the list in memory for as long as it lives; scopes nest, and only
+// the outermost one reads and writes the session variable.
+class DatesListScope {
+ public:
+  DatesListScope();
+  ~DatesListScope() noexcept(false);  // a failed write-back raises, unless an error is already leaving
+  DatesListScope(const DatesListScope&) = delete;
+  DatesListScope& operator=(const DatesListScope&) = delete;
+
+ private:
+  int unwinding_;
+};
 
 }  // namespace orvalis

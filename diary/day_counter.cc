@@ -16,9 +16,13 @@ namespace {
 
 bool isDay(const std::optional<DateTime>& d) { return d && d->serial() > 0; }
 
-// One more day on a 16-bit count.
-void increment(int32_t& count) {
-  if (++count > 32767) raiseOverflow("HRDiaryFunctions");
+// One more day on a 16-bit count; past 32 767 the overflow error says
+// which count it was and the day that took it over.
+void increment(int32_t& count, const char* what, DateTime day) {
+  if (++count <= 32767) return;
+  throw Error(err::kOverflow, "HRDiaryFunctions",
+              std::string("Overflow: ") + what + " reached " + std::to_string(count) + " on " + day.house() +
+                  ", past the largest 16-bit count 32767");
 }
 
 }  // namespace
@@ -29,6 +33,7 @@ DayCount countDaysInRange(std::optional<DateTime> from, std::optional<DateTime> 
                           const std::string& post, const std::string& category, PatternSet& patterns) {
   DayCount result;
   if (!isDay(from) || !isDay(to)) return result;
+  DatesListScope datesList;
   clearDatesList();
   DateTime first = from->datePart();
   DateTime last = to->datePart();
@@ -101,8 +106,8 @@ DayCount countDaysInRange(std::optional<DateTime> from, std::optional<DateTime> 
       }
     }
     if (!counts) continue;
-    increment(days);
-    if (d >= inStart && d <= inEnd) increment(inPeriod);
+    increment(days, "the count of days in the range", d);
+    if (d >= inStart && d <= inEnd) increment(inPeriod, "the count of days in the reporting period", d);
   }
   result.days = static_cast<int16_t>(days);
   result.daysInPeriod = static_cast<int16_t>(inPeriod);

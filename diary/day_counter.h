@@ -11,7 +11,9 @@
 //
 // The reporting period is clipped to the range; a period that lies wholly
 // outside the range (or is reversed) counts nothing. Both counts are 16-bit,
-// as the original's: a count past 32 767 raises the overflow error (6).
+// as the original's: a count past 32 767 raises the overflow error (6),
+// whose description names the count (range or reporting period), the value
+// it reached and the day.
 // "DatesList" is cleared at the start of every range counted.
 //
 // No handler of its own: errors (the overflow among them) pass to the

@@ -39,7 +39,7 @@ enum class ColumnKind {
   Double,   // floating point
   Numeric,  // exact numeric, delivered as a double (integers too)
   Text,
-  Date,     // ISO date or date-time; text that does not parse stays text
+  Date,     // ISO date or date-time (SQLite's texts: see sqlite_connection.h)
   Boolean,
   Binary,   // bytes, delivered as text
   Untyped,  // no declared type (SQLite expressions): by storage class

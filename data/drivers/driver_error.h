@@ -5,18 +5,14 @@
 // says what the driver was doing followed by the engine's own message, on
 // one line (line breaks and tabs become single blanks).
 //
-// storeColumnValue() writes a fetched value into the current row of a
-// driver's recordset. The recordset converts it to the field's type as ADO
-// does (a text that is no date stays text in a date field); a value the
-// field cannot hold fails the query with a driver error that names the
-// column and the row. Thread-safe.
+// A fetched value that does not fit its column fails with such an error
+// too; value_errors.h words it. Thread-safe.
 #pragma once
 
 #include <string>
 #include <string_view>
 
 #include "runtime/error.h"
-#include "runtime/recordset.h"
 
 namespace orvalis::drivers {
 
@@ -35,17 +31,6 @@ namespace orvalis::drivers {
     message += engine;
   }
   throw Error(err::kDatabase, driver, message);
-}
-
-inline void storeColumnValue(Recordset& rs, int index, Value&& v, const std::string& driver) {
-  try {
-    rs.set(index, std::move(v));
-  } catch (const Error& e) {
-    raiseDriverError(driver,
-                     "column " + rs.field(index).name + " of row " + std::to_string(rs.rowCount()) +
-                         " holds a value its field cannot hold",
-                     e.description());
-  }
 }
 
 }  // namespace orvalis::drivers

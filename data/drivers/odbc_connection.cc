@@ -8,6 +8,7 @@
 
 #include "data/drivers/column_types.h"
 #include "data/drivers/driver_error.h"
+#include "data/drivers/value_errors.h"
 #include "runtime/basic_string.h"
 
 namespace orvalis::drivers {
@@ -212,12 +213,23 @@ class OdbcConnection final : public Connection {
     rs.open();
     if (n > 0) {
       auto reader = std::make_unique<ValueReader>();
+      // Values are read column by column: a value error can name the key
+      // only from the columns already stored, and names no table.
+      int stored = 0;
+      RowSource source;
+      source.columns = n;
+      source.origin = [&rs](int i) { return ColumnOrigin{"", rs.field(i).name, false}; };
+      source.text = [&rs, &stored](int i) -> std::optional<std::string> {
+        if (i >= stored || rs.get(i).isNull()) return std::nullopt;
+        return rs.get(i).text();
+      };
       SQLRETURN rc;
       while (ok(rc = SQLFetch(st.get()))) {
         rs.addNew();
         for (SQLUSMALLINT i = 1; i <= static_cast<SQLUSMALLINT>(n); ++i) {
+          stored = i - 1;
           Value v = reader->read(st.get(), i, kinds[i - 1u]);
-          if (!v.isNull()) storeColumnValue(rs, i - 1, std::move(v), kDriver);
+          if (!v.isNull()) storeColumnValue(rs, i - 1, std::move(v), kDriver, source);
         }
       }
       if (rc != SQL_NO_DATA) check(rc, st, "fetching rows failed");

@@ -9,6 +9,7 @@
 
 #include "data/drivers/column_types.h"
 #include "data/drivers/driver_error.h"
+#include "data/drivers/value_errors.h"
 #include "data/drivers/value_text.h"
 #include "runtime/basic_string.h"
 
@@ -238,12 +239,22 @@ class PostgresConnection final : public Connection {
   static void appendRows(const PGresult* r, Recordset& rs, const std::vector<ColumnKind>& kinds) {
     const int rows = PQntuples(r);
     const int n = static_cast<int>(kinds.size());
-    for (int row = 0; row < rows; ++row) {
+    // The server types its columns, so a value that does not fit is rare:
+    // the message names the result column (no table) and the first column.
+    int row = 0;
+    RowSource source;
+    source.columns = n;
+    source.origin = [&rs](int i) { return ColumnOrigin{"", rs.field(i).name, false}; };
+    source.text = [r, &row](int i) -> std::optional<std::string> {
+      if (PQgetisnull(r, row, i)) return std::nullopt;
+      return std::string(PQgetvalue(r, row, i), static_cast<size_t>(PQgetlength(r, row, i)));
+    };
+    for (; row < rows; ++row) {
       rs.addNew();
       for (int i = 0; i < n; ++i) {
         if (PQgetisnull(r, row, i)) continue;  // addNew filled the row with Nulls
         storeColumnValue(rs, i, decode(PQgetvalue(r, row, i), PQgetlength(r, row, i), kinds[static_cast<size_t>(i)]),
-                         kDriver);
+                         kDriver, source);
       }
     }
   }

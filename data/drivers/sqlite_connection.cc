@@ -2,10 +2,12 @@
 
 #include <sqlite3.h>
 
+#include <optional>
 #include <vector>
 
 #include "data/drivers/column_types.h"
 #include "data/drivers/driver_error.h"
+#include "data/drivers/value_errors.h"
 #include "data/drivers/value_text.h"
 #include "runtime/basic_string.h"
 
@@ -23,6 +25,55 @@ struct StatementFinalizer {
 };
 using Statement = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
 
+// A date column's text: ISO as the driver writes it, or a date the Basic
+// rules read (day first); anything else stays text, which the caller
+// refuses. Blank text stays text too: the recordset stores it as Null.
+Value dateFromText(std::string_view text) {
+  if (auto d = parseIsoDateTime(text)) return Value(*d);
+  Value v(text);
+  if (trim(text).empty()) return v;
+  try {
+    return Value(v.toDate());
+  } catch (const Error&) {
+    return v;
+  }
+}
+
+// A date column holds Null, blank text or a date, as on an engine that
+// types its columns.
+bool fitsDateColumn(const Value& v) { return v.isDate() || (v.isText() && trim(v.asText()).empty()); }
+
+// What the statement's row can tell for a value error: each column's
+// origin from SQLite's column metadata, and the row's texts.
+RowSource rowSource(sqlite3* db, sqlite3_stmt* st) {
+  RowSource row;
+  row.columns = sqlite3_column_count(st);
+  row.origin = [db, st](int i) {
+    ColumnOrigin o;
+    const char* table = sqlite3_column_table_name(st, i);
+    const char* column = sqlite3_column_origin_name(st, i);
+    if (table == nullptr || column == nullptr) {
+      const char* name = sqlite3_column_name(st, i);
+      o.column = name ? name : "";
+      return o;
+    }
+    o.table = table;
+    o.column = column;
+    int primaryKey = 0;
+    if (sqlite3_table_column_metadata(db, sqlite3_column_database_name(st, i), table, column, nullptr, nullptr,
+                                      nullptr, &primaryKey, nullptr) == SQLITE_OK) {
+      o.primaryKey = primaryKey != 0;
+    }
+    return o;
+  };
+  row.text = [st](int i) -> std::optional<std::string> {
+    if (sqlite3_column_type(st, i) == SQLITE_NULL) return std::nullopt;
+    const char* p = reinterpret_cast<const char*>(sqlite3_column_text(st, i));
+    return std::string(p ? p : "", static_cast<size_t>(sqlite3_column_bytes(st, i)));
+  };
+  return row;
+}
+
 Value readValue(sqlite3_stmt* st, int i, ColumnKind kind) {
   switch (sqlite3_column_type(st, i)) {
     case SQLITE_NULL:
@@ -38,9 +89,7 @@ Value readValue(sqlite3_stmt* st, int i, ColumnKind kind) {
     case SQLITE_TEXT: {
       const char* p = reinterpret_cast<const char*>(sqlite3_column_text(st, i));
       std::string_view text(p, static_cast<size_t>(sqlite3_column_bytes(st, i)));
-      if (kind == ColumnKind::Date) {
-        if (auto d = parseIsoDateTime(text)) return Value(*d);
-      }
+      if (kind == ColumnKind::Date) return dateFromText(text);
       return Value(text);
     }
     default: {  // SQLITE_BLOB
@@ -95,11 +144,15 @@ class SqliteConnection final : public Connection {
     Recordset rs;
     for (const Column& c : columns) rs.appendField(c.field);
     rs.open();
+    const RowSource row = rowSource(db_.get(), st.get());
     for (; rc == SQLITE_ROW; rc = sqlite3_step(st.get())) {
       rs.addNew();
       for (int i = 0; i < n; ++i) {
-        Value v = readValue(st.get(), i, columns[static_cast<size_t>(i)].kind);
-        if (!v.isNull()) storeColumnValue(rs, i, std::move(v), kDriver);  // the new row holds Nulls
+        const Column& c = columns[static_cast<size_t>(i)];
+        Value v = readValue(st.get(), i, c.kind);
+        if (v.isNull()) continue;  // the new row holds Nulls
+        if (c.kind == ColumnKind::Date && !fitsDateColumn(v)) raiseValueError(kDriver, i, c.field.type, v, row);
+        storeColumnValue(rs, i, std::move(v), kDriver, row);
       }
     }
     if (rc != SQLITE_DONE) fail("query failed");

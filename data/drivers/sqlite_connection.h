@@ -5,9 +5,12 @@
 // expression without a declared type takes its type from the first row's
 // storage class (integer -> adBigInt, real -> adDouble, otherwise
 // adVarChar). Dates are stored as ISO texts: a date column's text that reads
-// as an ISO date becomes a DateTime; other text goes to the recordset, which
-// converts it as ADO does (a day-first date text becomes a date) or, when it
-// reads as no date, fails the query naming the column and row. Exact numeric
+// as an ISO date, or as a date day first, becomes a DateTime; blank text
+// reads Null. SQLite does not enforce declared types, so the driver does:
+// anything else in a column declared DATE, DATETIME or TIMESTAMP (text
+// that is no date, a number, bytes) fails the query as an engine that
+// types its columns would, with the value error of value_errors.h naming
+// table, column, value and row key. Exact numeric
 // columns deliver doubles; boolean columns deliver True/False from the 0/1
 // SQLite stores. Column names are kept as the engine gives them.
 //

@@ -86,11 +86,16 @@ TEST_F(DayCounter, SixteenBitCountsOverflow) {
   DateTime from = date(1950, 1, 1);
   DayCount r = countDaysInRange(from, from.addDays(32766), {}, {}, "C", "", "E1", "", "", patterns);
   EXPECT_EQ(32767, r.days);
+  // The error says which count went over, how far and on which day.
+  const DateTime last = from.addDays(32767);
   try {
-    countDaysInRange(from, from.addDays(32767), {}, {}, "C", "", "E1", "", "", patterns);
+    countDaysInRange(from, last.addDays(1), from, {}, "C", "", "E1", "", "", patterns);
     FAIL() << "no overflow";
   } catch (const Error& e) {
     EXPECT_EQ(err::kOverflow, e.number());
+    EXPECT_EQ("Overflow: the count of days in the range reached 32768 on " + last.house() +
+                  ", past the largest 16-bit count 32767",
+              e.description());
   }
 }
 
