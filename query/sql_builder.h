@@ -46,6 +46,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace orvalis {
 
@@ -69,5 +70,10 @@ long fncWhereIndex(const std::string& strSQL);
 // The module state of the build under way (tests).
 const std::string& builderFrom();
 const std::string& builderExtraWhere();
+
+// What the last gfncBuildSQL wants its caller to know (one line each), such
+// as a restriction it could not apply and replaced by a condition that
+// returns no row. Reset at the start of every build.
+const std::vector<std::string>& builderWarnings();
 
 }  // namespace orvalis
