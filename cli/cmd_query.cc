@@ -13,6 +13,8 @@
 //       prints the date-variable catalogue (gfncSystemDateVariables), one
 //       "<TOKEN>=Caption" entry per line.
 //
+// What the builder could not do as asked (a restriction it replaced by a
+// condition that returns no row) is printed on stderr, one line each.
 // In --form-settings the two characters "\n" stand for a line break between
 // entries. Exit status: 0 success, 1 when the query gives no SQL (an empty
 // id, a folder query, a self-service query without rows), 2 on an error.
@@ -44,7 +46,9 @@ struct QueryArgs {
 std::string buildStatement(CliContext& context, const QueryArgs& args) {
   StandaloneEnvironment& env = context.environment();
   const std::string settings = replace(args.formSettings, "\\n", "\n");
-  return gfncBuildSQL(env.UserCode(), args.queryId, args.portalForm, args.applyAccess, settings);
+  std::string sql = gfncBuildSQL(env.UserCode(), args.queryId, args.portalForm, args.applyAccess, settings);
+  for (const std::string& warning : builderWarnings()) std::cerr << "orvalis: warning: " << warning << "\n";
+  return sql;
 }
 
 void addBuildOptions(CLI::App* cmd, QueryArgs& args) {

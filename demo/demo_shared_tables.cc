@@ -79,6 +79,18 @@ const std::vector<Note>& sharedNotes() {
       {8, "Select part", "SELECT PNLEMPMST.EMP_ID, PNLEMPMST.SURNAME, PNLEMPMST.KNOWNAS FROM PNLEMPMST WHERE 1=1"},
       {9, "Headcount review", "Quarterly headcount review: check leavers' last posts are ended."},
       {10, "Either location", "OR PNLEMPMST.LOC_ID = 'L02'"},
+      {11, "Long or holiday absences", "OR PNLEMPABS.TYPE_ID = 'HOL'"},
+      {12, "Open or short posts", "WHERE PNLEMPHST.END_DATE IS NULL OR PNLEMPHST.HOURS_PER_WEEK < 20"},
+      {13, "Two locations (hand-written)",
+       "select PNLEMPMST.EMP_ID, PNLEMPMST.SURNAME, PNLEMPMST.LOC_ID from PNLEMPMST where PNLEMPMST.LOC_ID = 'L01' "
+       "and PNLEMPMST.VARIATION_ID = 'ORV01' OR PNLEMPMST.LOC_ID = 'L02' and PNLEMPMST.VARIATION_ID = 'ORV01' "
+       "order by PNLEMPMST.SURNAME"},
+      {14, "Sickness of current staff (hand-written)",
+       "select PNLEMPABS.EMP_ID, PNLEMPABS.TYPE_ID, PNLEMPABS.START_DATE from PNLEMPABS join PNLEMPMST on "
+       "PNLEMPMST.VARIATION_ID = PNLEMPABS.VARIATION_ID and PNLEMPMST.EMP_ID = PNLEMPABS.EMP_ID where 99=99 and "
+       "PNLEMPABS.VARIATION_ID = 'ORV01' and (PNLEMPABS.TYPE_ID = 'SICK' or PNLEMPABS.TYPE_ID = 'IND')"},
+      {15, "Departments by restriction (hand-written)", "select CODE_ID, DESCRIPTION from PNLDEPT where 99=99"},
+      {16, "Either department", "AND PNLEMPMST.SURNAME <> 'ORDER OR COLOR' OR PNLEMPMST.DEPT_ID = 'D02'"},
   };
   return notes;
 }
@@ -181,6 +193,19 @@ const std::vector<Query>& queries() {
        {{"PNLEMPMST.EMP_ID", "Y", 1, "", ""}, {"PNLEMPMST.SURNAME", "Y", 2, "", ""}}},
       {"ORQ", "PNLEMPMST", "N", "Leeds or Manchester (OR in a note)", 10, "Y", 1, "ADMIN",
        {{"PNLEMPMST.EMP_ID", "Y", 1, "", ""}, {"PNLEMPMST.LOC_ID", "Y", 2, "EQ", "L01"}}},
+      {"ORABS", "PNLEMPABS", "Q", "Long or holiday absences (OR in a note)", 11, "Y", 1, "HRMGR",
+       {{"PNLEMPABS.EMP_ID", "Y", 1, "", ""},
+        {"PNLEMPABS.TYPE_ID", "Y", 2, "NI", "HOL,SICK"},
+        {"PNLEMPABS.DURATION", "Y", 3, "NB", "0,500"}}},
+      {"ORPOSTS", "PNLEMPHST", "X", "Open or short posts (OR in a WHERE note)", 12, "Y", 1, "HRMGR",
+       {{"PNLEMPHST.EMP_ID", "Y", 1, "", ""}, {"PNLEMPHST.JOB_ID", "Y", 2, "", ""}}},
+      {"ORMYABS", "PNLEMPABS", "S", "My long or holiday absences", 11, "Y", 1, "SSUSER",
+       {{"PNLEMPABS.START_DATE", "Y", 1, "", ""}, {"PNLEMPABS.DURATION", "Y", 2, ">", "500"}}},
+      {"ORNAMES", "PNLEMPMST", "A", "Names with 'or' (OR in value and note)", 16, "Y", 1, "ADMIN",
+       {{"PNLEMPMST.SURNAME", "Y", 1, "CO", "or"}, {"PNLEMPMST.FORENAME", "Y", 2, "", ""}}},
+      {"HANDOR", "PNLEMPMST", "U", "Two locations (hand-written, OR)", 13, "Y", 1, "ADMIN", {}},
+      {"HANDABS", "PNLEMPABS", "U", "Sickness of current staff", 14, "Y", 1, "ADMIN", {}},
+      {"HANDDEPT", "", "U", "Departments by restriction", 15, "Y", 1, "ADMIN", {}},
       {"SELQ", "PNLEMPMST", "N", "Select part in a note", 8, "Y", 1, "ADMIN",
        {{"PNLEMPMST.EMP_ID", "Y", 1, "", ""}}},
       {"FEMRPOP", "PNLEMPHST", "N", "Fair employment population", 0, "Y", 1, "NIHR",

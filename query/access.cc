@@ -158,6 +158,23 @@ bool alwaysLike(const std::string& itemAsWritten) {
   return kLikeItems.count(itemAsWritten) > 0;
 }
 
+// The data-access id of strAccess (a user, the current user when empty, or
+// an access id given as it is); user := whose settings apply.
+std::string selectionAccessId(const std::string& strAccess, std::string& user) {
+  const std::string me = currentUser();
+  const std::string named = trim(strAccess);
+  if (named.empty() || named == me) {
+    user = me;
+    return sessionDataAccessId();
+  }
+  if (userExists(named)) {
+    user = named;
+    return userAccessId(named, AccessKind::Data);
+  }
+  user = me;
+  return named;
+}
+
 struct SelectionContext {
   std::string table;       // the driving table
   std::string user;        // whose variables and general filter apply
@@ -461,20 +478,7 @@ void gsubAddSelection(const std::string& strEntity, const std::string& strAccess
 
     // The access id and whose settings apply.
     std::string accessId;
-    step(10, [&] {
-      const std::string me = currentUser();
-      std::string user = trim(strAccess);
-      if (user.empty() || user == me) {
-        ctx.user = me;
-        accessId = sessionDataAccessId();
-      } else if (userExists(user)) {
-        ctx.user = user;
-        accessId = userAccessId(user, AccessKind::Data);
-      } else {
-        ctx.user = me;
-        accessId = user;  // an access id given as it is
-      }
-    });
+    step(10, [&] { accessId = selectionAccessId(strAccess, ctx.user); });
     std::string list;
     step(20, [&] { list = restrictionList(); });
     if (list == "NONE") return;
@@ -519,6 +523,21 @@ void gsubAddSelection(const std::string& strEntity, const std::string& strAccess
       }
     });
   });
+}
+
+bool gfncHasRowRestrictions(const std::string& strAccess) {
+  bool result = false;
+  auto proc = query::procedure(query::kAccessModule, "gfncHasRowRestrictions");
+  proc.variables([&] { return Dump().item("STRACCESS:", strAccess).text(); });
+  proc.run([&](Steps& step) {
+    step(10, [&] {
+      std::string user;
+      const std::string accessId = selectionAccessId(strAccess, user);
+      const std::string list = restrictionList();
+      result = list != "NONE" && !restrictionsOf(list, accessId).empty();
+    });
+  });
+  return result;
 }
 
 }  // namespace orvalis

@@ -34,6 +34,16 @@
 //   - conditions that would need a table the
 //     statement does not have (employee conditions on tables without
 //     EMP_ID, which the builder does not join to PNLEMPMST) are not added;
+//   - restrictions fail closed: a user with restriction rows never sees
+//     more because a setting is empty or a statement has no place for
+//     them. When none of the user's rows (nor the driver's condition) can
+//     be written for the statement a hand-written query ("U") builds (no
+//     access driver that the statement reads, and no employee table to
+//     attach the rows to), the builder adds "1=0" in their place, so the
+//     statement returns no row, and says why in builderWarnings()
+//     (sql_builder.h); the commands print it on stderr. The query's own
+//     condition is bracketed as one group before restrictions are joined
+//     to it (condition_group.h), so an OR in it cannot escape them;
 //   - "ACCESS_SPECIFIED" is the host's session variable (the standalone
 //     environment takes it from its session settings); it is never set
 //     here.
@@ -75,6 +85,10 @@ bool gfncAccessToEmployee(const std::string& strEmp_ID);
 // adds nothing.
 void gsubAddSelection(const std::string& strEntity, const std::string& strAccess, std::string& strWhere,
                       const std::string& strApply);
+
+// Whether the user (or access id) strAccess has restriction rows
+// (ADMFDAC field rows with a REST_VALUE) of its own.
+bool gfncHasRowRestrictions(const std::string& strAccess);
 
 // The module of a table's items: "PAY" for payroll tables, else "PNL".
 std::string accessModuleOf(const std::string& table);

@@ -1,5 +1,6 @@
 #include "query/sql_builder.h"
 
+#include <algorithm>
 #include <cctype>
 #include <map>
 #include <set>
@@ -15,6 +16,7 @@
 #include "payroll/payroll_calendar.h"
 #include "query/access.h"
 #include "query/access_user.h"
+#include "query/condition_group.h"
 #include "query/dialect_fragments.h"
 #include "runtime/keyed_text.h"
 #include "query/lookup.h"
@@ -37,6 +39,7 @@ struct BuilderState {
   std::string from;
   std::string extraWhere;
   std::set<std::string> joined;  // aliases joined so far (upper case)
+  std::vector<std::string> warnings;
 };
 
 BuilderState& state() {
@@ -394,6 +397,16 @@ size_t findTopLevel(const std::string& sql, const std::string& keyword, size_t f
   return std::string::npos;
 }
 
+// 0-based position of the first top-level clause that ends a WHERE text
+// (ORDER BY, GROUP BY, HAVING, LIMIT), or npos.
+size_t whereTextEnd(const std::string& sql, size_t from) {
+  size_t end = std::string::npos;
+  for (const char* keyword : {"ORDER", "GROUP", "HAVING", "LIMIT"}) {
+    end = std::min(end, findTopLevel(sql, keyword, from));
+  }
+  return end;
+}
+
 // Whether a statement names a table as a whole word.
 bool mentionsTable(const std::string& sql, const std::string& table) {
   const std::string u = ucase(sql);
@@ -410,6 +423,7 @@ bool mentionsTable(const std::string& sql, const std::string& table) {
 
 const std::string& builderFrom() { return state().from; }
 const std::string& builderExtraWhere() { return state().extraWhere; }
+const std::vector<std::string>& builderWarnings() { return state().warnings; }
 
 long fncWhereIndex(const std::string& strSQL) {
   size_t from = findTopLevel(strSQL, "FROM", 0);
@@ -463,6 +477,10 @@ std::string gfncBuildWhere(const std::string& strAccess, const std::string& strQ
     std::string where = join(clauses, " and ");
     step(30, [&] {
       if (!details.noteId.empty()) addNoteCondition(where, noteText(details.noteId));
+      // The query's own condition is one group before anything is joined
+      // to it with " and " (restrictions here, the employee and variation
+      // tests in gfncBuildSQL).
+      where = asOneGroup(where, "query " + id);
     });
     step(40, [&] {
       if (flag == "Y" && !details.entityId.empty()) gsubAddSelection(details.entityId, strAccess, where, "Y");
@@ -593,6 +611,7 @@ std::string gfncBuildSQL(const std::string& argUserID, const std::string& argQue
         .text();
   });
   proc.parameters([&] { return Dump().item("ARGUSERID:", argUserID).item("ARGQUERYID:", argQueryID).text(); });
+  state().warnings.clear();
   proc.run([&](Steps& step) {
     if (strQueryID.empty()) return;
     BuildScope scope;
@@ -628,14 +647,36 @@ std::string gfncBuildSQL(const std::string& argUserID, const std::string& argQue
         whereIndex = fncWhereIndex(sql);
         strCheckFor = placeholder;
         const bool hasPlaceholder = instr(sql, placeholder, Compare::Text) > 0;
+        // The statement's own WHERE text, without a closing ORDER BY (or
+        // GROUP BY, HAVING, LIMIT) that the restriction must not follow;
+        // one group, so that its OR cannot escape the restriction.
         std::string restriction;
-        if (!hasPlaceholder && whereIndex >= 1) restriction = mid(sql, whereIndex + 7);
-        strDriver = userAccessDriver(strUserID.empty() ? currentUser() : strUserID);
+        std::string tail;
+        if (!hasPlaceholder) {
+          const size_t start = whereIndex >= 1 ? static_cast<size_t>(whereIndex) + 6 : 0;
+          const size_t from = findTopLevel(sql, "FROM", 0);
+          const size_t end = whereTextEnd(sql, std::max(start, from == std::string::npos ? start : from));
+          if (end != std::string::npos) {
+            tail = " " + sql.substr(end);
+            sql = rtrim(sql.substr(0, end));
+          }
+          if (whereIndex >= 1) restriction = asOneGroup(mid(sql, whereIndex + 7), "query " + strQueryID);
+        }
+        const std::string own = restriction;
+        const std::string user = strUserID.empty() ? currentUser() : strUserID;
+        strDriver = userAccessDriver(user);
         // The restrictions are written for the driver table when the
         // statement reads it, else for the query's own table.
         std::string table = strDriver;
-        if (!strDriver.empty() && !mentionsTable(sql, strDriver) && !t.empty()) table = t;
+        if ((strDriver.empty() || !mentionsTable(sql, strDriver)) && !t.empty()) table = t;
         gsubAddSelection(table, strUserID, restriction, "Y");
+        // Fail closed: restriction rows that found no place give no row.
+        if (restriction == own && gfncHasRowRestrictions(strUserID)) {
+          restriction = trim(own).empty() ? "1=0" : own + " and 1=0";
+          s.warnings.push_back("user " + user + " has data-access restrictions that cannot be applied to query " +
+                               strQueryID + " (" + (strDriver.empty() ? "no access driver" : "access driver " + strDriver) +
+                               ", no employee table to attach them to): it returns no row");
+        }
         strAR = restriction;
         // 3. Placed where the placeholder stands, else after the WHERE.
         if (hasPlaceholder) {
@@ -645,6 +686,7 @@ std::string gfncBuildSQL(const std::string& argUserID, const std::string& argQue
         } else if (whereIndex >= 1) {
           sql = left(sql, whereIndex + 6) + restriction;
         }
+        sql += tail;
         strSQL = sql;
       });
       step(44, [&] {

@@ -36,8 +36,13 @@
 //     value list; without "ORG_STRUCTURE" the form's "DATA_ACCESS" note
 //     entry (else the company) is the variation compared;
 //   - a hand-written query's restrictions are written for the user's access
-//     driver table when the statement names it, else for the query's own
-//     driving table (no driver, no restrictions);
+//     driver table when the statement names it, else (also without a
+//     driver) for the query's own driving table, and go before a closing
+//     ORDER BY, GROUP BY, HAVING or LIMIT; restriction rows that find no
+//     place give "1=0" and a warning (access.h, "fail closed");
+//   - the query's own condition (criteria and note, or a hand-written
+//     WHERE text) is bracketed when it holds a top-level OR, so that what
+//     is joined to it with " and " holds for every row (condition_group.h);
 //   - on SQLite and PostgreSQL the home-phone criterion compares the joined
 //     home address (alias HOME_PHONE) instead of "ADMADRES.PHONE_HOME".
 //
@@ -46,6 +51,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace orvalis {
 
@@ -69,5 +75,10 @@ long fncWhereIndex(const std::string& strSQL);
 // The module state of the build under way (tests).
 const std::string& builderFrom();
 const std::string& builderExtraWhere();
+
+// What the last gfncBuildSQL wants its caller to know (one line each), such
+// as a restriction it could not apply and replaced by a condition that
+// returns no row. Reset at the start of every build.
+const std::vector<std::string>& builderWarnings();
 
 }  // namespace orvalis

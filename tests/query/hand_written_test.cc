@@ -85,9 +85,12 @@ TEST_F(HandWritten, RestrictionAfterTheWhereOrAsANewWhere) {
   EXPECT_EQ(sqlServer("NW"), "select EMP_ID from PNLEMPMST WHERE PNLEMPMST.DEPT_ID = 'D1'");
   EXPECT_EQ(sqlServer("OFF"), "select EMP_ID from PNLEMPMST where 99=99");
   EXPECT_EQ(db().build("W", "ADMIN", "N"), "select EMP_ID from PNLEMPMST where STATUS_ID = 'C'");
-  // A user without an access driver gets no restriction in hand-written SQL.
+  // Without an access driver the restriction is written for the query's
+  // own table; a closing ORDER BY stays last.
   db().exec("update ADMUSER set ACCESS_DRIVER = NULL");
-  EXPECT_EQ(sqlServer("NW"), "select EMP_ID from PNLEMPMST");
+  EXPECT_EQ(sqlServer("NW"), "select EMP_ID from PNLEMPMST WHERE PNLEMPMST.DEPT_ID = 'D1'");
+  db().exec("update ADMNOTE set NOTE_TEXT = 'select EMP_ID from PNLEMPMST order by EMP_ID' where SEQ_ID = 2");
+  EXPECT_EQ(sqlServer("NW"), "select EMP_ID from PNLEMPMST WHERE PNLEMPMST.DEPT_ID = 'D1' order by EMP_ID");
 }
 
 TEST_F(HandWritten, SelfServiceFormWithoutStructureComparesItsVariation) {
