@@ -50,6 +50,7 @@ TEST_F(CliErrors, BadOptionsFailInOneLineWithExitTwo) {
       {{"--set", "=x", "classes"}, "--set expects NAME=VALUE"},  // even where no database is opened
       {{"--ini", folder + "/none.ini", "setting", "GRIDLOC"}, "--ini: no settings file at"},
       {{"--ini", folder, "setting", "GRIDLOC"}, "is a folder, not a settings file"},
+      {{"--work-dir", folder + "/demo.db", "setting", "GRIDLOC"}, "is a file, not a folder"},
       {{"diary", "days", "--emp", "100001", "--from", "03/03/2025", "--post", "1x"}, "--post: \"1x\" is not a post"},
       {{"diary", "count", "--from", "03/03/2025", "--to", "04/03/2025", "--period-start", "01/03/2025",
         "--period-end", "31/03/2025", "--count-type", "C", "--units", "D", "--post", "abc"},
