@@ -1,12 +1,19 @@
 #include "cli/cli_context.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <filesystem>
 
 #include "component/errors/recording_error_component.h"
+#include "data/dialect.h"
 #include "data/hr_environment.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
 #include "runtime/settings_file.h"
+#include "runtime/text_file.h"
 #include "runtime/work_folder.h"
 
 namespace orvalis::cli {
@@ -16,11 +23,53 @@ std::vector<CommandSetup>& commands() {
   static std::vector<CommandSetup> list;
   return list;
 }
+
+// NAME=VALUE with a name; nothing for anything else.
+std::optional<std::pair<std::string, std::string>> sessionVariable(const std::string& set) {
+  auto eq = set.find('=');
+  if (eq == std::string::npos || trim(set.substr(0, eq)).empty()) return std::nullopt;
+  return std::make_pair(trim(set.substr(0, eq)), set.substr(eq + 1));
+}
+
 }  // namespace
 
 RegisterCommands::RegisterCommands(CommandSetup setup) { commands().push_back(std::move(setup)); }
 
 const std::vector<CommandSetup>& registeredCommands() { return commands(); }
+
+void CliContext::checkOptions() const {
+  if (!options.provider.empty()) {
+    const std::string p = upperTrim(options.provider);
+    if (p != kProviderSqlServer && p != kProviderOracle && p != kProviderSQLite && p != kProviderPostgreSQL) {
+      throw Error(err::kInvalidProcedureCall, "orvalis",
+                  "--provider: unknown provider \"" + options.provider +
+                      "\" (SQLOLEDB, MSDAORA, SQLITE or POSTGRESQL)");
+    }
+  }
+  for (const std::string& set : options.sets) {
+    if (!sessionVariable(set)) {
+      throw Error(err::kInvalidProcedureCall, "orvalis", "--set expects NAME=VALUE, got \"" + set + "\"");
+    }
+  }
+  if (!options.ini.empty()) {
+    // An explicit settings file must be there; only the default may be absent.
+    auto unreadable = [&](int reason) {
+      Error e = fileError("cannot read", options.ini, reason);
+      return Error(e.number(), "orvalis", "--ini: " + e.description());
+    };
+    struct stat st {};
+    if (::stat(options.ini.c_str(), &st) != 0) {
+      if (errno == ENOENT) throw Error(err::kFileNotFound, "orvalis", "--ini: no settings file at " + options.ini);
+      throw unreadable(errno);
+    }
+    if (S_ISDIR(st.st_mode)) {
+      throw Error(err::kPathFileAccess, "orvalis", "--ini: " + options.ini + " is a folder, not a settings file");
+    }
+    int fd = ::open(options.ini.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) throw unreadable(errno);
+    ::close(fd);
+  }
+}
 
 std::string CliContext::defaultDatabaseUrl() { return "sqlite:" + (workFolder() / "demo.db").string(); }
 
@@ -42,12 +91,10 @@ std::shared_ptr<StandaloneEnvironment> CliContext::sharedEnvironment(Access acce
   }
   config.providerOverride = options.provider;
   config.traceFile = options.traceSql;
+  checkOptions();
   for (const std::string& set : options.sets) {
-    auto eq = set.find('=');
-    if (eq == std::string::npos) {
-      throw Error(err::kInvalidProcedureCall, "orvalis", "--set expects NAME=VALUE, got \"" + set + "\"");
-    }
-    config.sessionVariables[trim(set.substr(0, eq))] = set.substr(eq + 1);
+    auto [name, value] = *sessionVariable(set);
+    config.sessionVariables[name] = value;
   }
   std::string url = config.hrUrl;
   environment_ = std::make_shared<StandaloneEnvironment>(std::move(config));

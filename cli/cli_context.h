@@ -19,6 +19,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/command_output.h"
 #include "data/standalone_environment.h"
 
 namespace orvalis::cli {
@@ -55,8 +56,16 @@ class CliContext {
   StandaloneEnvironment& environment(Access access = Access::Open);
   std::shared_ptr<StandaloneEnvironment> sharedEnvironment(Access access = Access::Open);
 
+  // Checks the common options that need no database (--provider, --set,
+  // --ini); raises orvalis::Error with one line for the first bad one. Runs
+  // before any command.
+  void checkOptions() const;
+
   // Exit status set by the command that ran.
   int exitCode = 0;
+
+  // The command's result text (standard output, or --out on success).
+  CommandOutput output;
 
  private:
   std::shared_ptr<StandaloneEnvironment> environment_;

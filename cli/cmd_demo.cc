@@ -1,13 +1,21 @@
 // The demo-db command: creates the HR schema and fills it with the demo
 // data set (demo/demo_database.h).
+//
+// An SQLite database is built beside its file and renamed over it when
+// complete; elsewhere a completion mark is written last. An existing
+// database is refused unless --replace, with a message that says whether it
+// is complete or a stopped build. --if-missing keeps a complete demo
+// database and builds one only when there is none (the main job's check).
 
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 
 #include "cli/cli_context.h"
 #include "runtime/basic_date.h"
+#include "runtime/basic_string.h"
 #include "runtime/error.h"
 #include "demo/demo_database.h"
 
@@ -20,6 +28,7 @@ struct DemoArgs {
   uint64_t seed = 1;
   std::string asOf;
   bool replace = false;
+  bool ifMissing = false;
   bool quiet = false;
 };
 
@@ -64,8 +73,12 @@ void setup(CLI::App& app, CliContext& context) {
   demo->add_option("--companies", args->companies, "companies, ORV01, ORV02, ... (default 2)")->check(CLI::Range(1, 99));
   demo->add_option("--seed", args->seed, "seed of the generator (default 1)");
   demo->add_option("--as-of", args->asOf, "the date the data is as of, DD/MM/YYYY or YYYY-MM-DD (default today)");
-  demo->add_flag("--replace", args->replace, "drop an existing HR schema first");
+  demo->add_flag("--replace", args->replace,
+                 "drop an existing HR schema first (an SQLite file is replaced whole)");
+  auto* ifMissing = demo->add_flag("--if-missing", args->ifMissing,
+                                   "keep a complete demo database; build only when there is none");
   demo->add_flag("--quiet", args->quiet, "no progress bar");
+  ifMissing->excludes("--replace");
   demo->callback([&context, args] {
     DemoOptions options;
     options.employees = args->employees;
@@ -80,8 +93,23 @@ void setup(CLI::App& app, CliContext& context) {
     ProgressBar bar(!args->quiet && isatty(STDERR_FILENO));
     options.progress = [&bar](double share, const std::string& table) { bar.update(share, table); };
 
-    Connection& connection = context.environment(CliContext::Access::Create).hrConnection();
-    DemoReport report = buildDemoDatabase(connection, options);
+    const std::string url = context.environment(CliContext::Access::Lazy).config().hrUrl;
+    const bool sqliteFile = startsWith(url, "sqlite:") && url != "sqlite::memory:";
+    if (args->ifMissing) {
+      DemoState state = DemoState::Absent;
+      if (!sqliteFile) {
+        state = demoState(context.environment(CliContext::Access::Create).hrConnection());
+      } else if (std::filesystem::is_regular_file(url.substr(7))) {
+        state = demoState(*openConnection(url));
+      }
+      if (state == DemoState::Complete) {
+        std::cout << "demo-db: the demo database is complete; kept\n";
+        return;
+      }
+    }
+    DemoReport report =
+        sqliteFile ? buildDemoDatabaseFile(url.substr(7), options)
+                   : buildDemoDatabase(context.environment(CliContext::Access::Create).hrConnection(), options);
     bar.finish();
     std::cout << "demo-db: " << demoSummary(report) << "\n";
   });

@@ -3,7 +3,8 @@
 //                        with --explain the verdict on every date and half;
 //   orvalis diary count  the day counter over a range and a reporting period.
 // Dates are accepted as "DD/MM/YYYY" or "YYYY-MM-DD"; a date that is neither,
-// or a half marker other than AM or PM, is a usage error (exit status 2).
+// a half marker other than AM or PM, or a --post that is not a whole number,
+// is a usage error (exit status 2).
 
 #include <cmath>
 #include <iostream>
@@ -43,6 +44,13 @@ std::string halfMarker(const std::string& option, const std::string& text) {
   std::string m = upperTrim(text);
   if (m != "AM" && m != "PM") throw UsageError{option + ": \"" + text + "\" is not a half marker (AM or PM)"};
   return m;
+}
+
+// A post is its SEQ_ID, a whole number; empty means the default posts.
+std::string postNumber(const std::string& text) {
+  std::string t = trim(text);
+  if (t.find_first_not_of("0123456789") == std::string::npos) return t;
+  throw UsageError{"--post: \"" + text + "\" is not a post number (SEQ_ID)"};
 }
 
 bool jsonFormat(const std::string& format) {
@@ -113,6 +121,7 @@ void runDays(CliContext& context, const DaysArgs& a) {
   if (!whole.empty() && whole != "Y" && whole != "N") {
     throw UsageError{"--whole-days: \"" + a.wholeDays + "\" is neither Y nor N"};
   }
+  const std::string post = postNumber(a.post);
   bool json = jsonFormat(a.format);
   context.environment();
 
@@ -120,7 +129,7 @@ void runDays(CliContext& context, const DaysArgs& a) {
   Explanation explanation;
   if (a.explain) patterns.setTrace(&explanation);
   double hours = 0;
-  double days = gfncDiaryNoOfDays(a.employee, from.house(), fromHalf, to.house(), toHalf, a.type, a.post, hours, "",
+  double days = gfncDiaryNoOfDays(a.employee, from.house(), fromHalf, to.house(), toHalf, a.type, post, hours, "",
                                   "", patterns, whole, a.allPosts);
   std::vector<DateTime> uncovered = a.explain ? uncoveredDates(explanation, from, to) : std::vector<DateTime>();
 
@@ -196,10 +205,11 @@ void runCount(CliContext& context, const CountArgs& a) {
   DateTime to = commandDate("--to", a.to);
   DateTime periodStart = commandDate("--period-start", a.periodStart);
   DateTime periodEnd = commandDate("--period-end", a.periodEnd);
+  const std::string post = postNumber(a.post);
   bool json = jsonFormat(a.format);
   context.environment();
   PatternSet patterns;
-  DayCount c = countDaysInRange(from, to, periodStart, periodEnd, a.countType, a.units, a.employee, a.post,
+  DayCount c = countDaysInRange(from, to, periodStart, periodEnd, a.countType, a.units, a.employee, post,
                                 a.category, patterns);
   if (json) {
     nlohmann::ordered_json out;

@@ -3,7 +3,8 @@
 // CLASS is "ORVALIS.Name" or "Name"; each PARAM becomes one element of the
 // parameter array, as text ("NAME=value" elements serve the reports that
 // read by name). The result recordset is written in the chosen format to
-// standard output or, atomically, to --out; --string calls the class's
+// standard output or to --out (cli/command_output.h: written only when the
+// command succeeds); --string calls the class's
 // ExtractStringData instead and prints its text. Exit status 0 when ExtractData
 // returns True, 1 when False, 2 on an error (the error block on stderr).
 
@@ -58,14 +59,14 @@ void run(CliContext& context, const ExtractArgs& args) {
     std::string text;
     const bool result =
         strings->ExtractStringData(context.sharedEnvironment(), args.method, Parameters(std::move(elements)), text);
-    emit(args.out, text.empty() || text.back() == '\n' ? text : text + "\n");
+    context.output.write(args.out, text.empty() || text.back() == '\n' ? text : text + "\n");
     context.exitCode = result ? 0 : 1;
     return;
   }
   Recordset rsData;
   const bool result =
       report->ExtractData(context.sharedEnvironment(), args.method, Parameters(std::move(elements)), rsData);
-  emit(args.out, recordsetText(rsData, format, result));
+  context.output.write(args.out, recordsetText(rsData, format, result));
   context.exitCode = result ? 0 : 1;
 }
 
@@ -79,7 +80,7 @@ void setup(CLI::App& app, CliContext& context) {
                   "parameter elements in order, as text; NAME=value for named ones");
   cmd->add_option("--format", args->format,
                   "table, csv, json or xml (default: table on a terminal, else csv)");
-  cmd->add_option("--out", args->out, "write to this file (atomically) instead of standard output");
+  cmd->add_option("--out", args->out, "write to this file instead of standard output (- for standard output); written only on success");
   cmd->add_flag("--string", args->asString,
                 "call ExtractStringData and print its text (classes that have it, e.g. SIR_HE)");
   cmd->callback([&context, args] { run(context, *args); });

@@ -17,7 +17,8 @@
 // condition that returns no row) is printed on stderr, one line each.
 // In --form-settings the two characters "\n" stand for a line break between
 // entries. Exit status: 0 success, 1 when the query gives no SQL (an empty
-// id, a folder query, a self-service query without rows), 2 on an error.
+// id, a folder query, a self-service query without rows), 2 on an error
+// (among them an unknown id and a query without a driving table).
 
 #include <iostream>
 #include <memory>
@@ -27,6 +28,7 @@
 #include "cli/recordset_output.h"
 #include "data/data_functions.h"
 #include "query/date_variables.h"
+#include "query/query_details.h"
 #include "query/sql_builder.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
@@ -43,8 +45,23 @@ struct QueryArgs {
   std::string out;
 };
 
+// The builder answers an unknown id, or a query without a driving table,
+// with broken SQL ("SELECT * from where ..."); the commands refuse them
+// instead. Folder queries and an empty id stay "no SQL" (exit status 1).
+void checkStoredQuery(const std::string& queryId) {
+  if (trim(queryId).empty()) return;
+  QueryDetails details;
+  gsubQueryDetails(queryId, details);
+  if (!details.found) throw Error(err::kItemNotFound, "orvalis", "no stored query " + queryId);
+  if (details.entityId.empty() && details.queryType != "F" && details.queryType != "U") {
+    throw Error(err::kItemNotFound, "orvalis",
+                "stored query " + queryId + " has no driving table (ADMGRIDH.ENTITY_ID is empty)");
+  }
+}
+
 std::string buildStatement(CliContext& context, const QueryArgs& args) {
   StandaloneEnvironment& env = context.environment();
+  checkStoredQuery(args.queryId);
   const std::string settings = replace(args.formSettings, "\\n", "\n");
   std::string sql = gfncBuildSQL(env.UserCode(), args.queryId, args.portalForm, args.applyAccess, settings);
   for (const std::string& warning : builderWarnings()) std::cerr << "orvalis: warning: " << warning << "\n";
@@ -79,7 +96,7 @@ void runQuery(CliContext& context, const QueryArgs& args) {
   }
   Recordset rs;
   bool opened = gfncOpenRecordset(sql, rs);
-  emit(args.out, recordsetText(rs, format, opened));
+  context.output.write(args.out, recordsetText(rs, format, opened));
   context.exitCode = opened ? 0 : 2;
 }
 
@@ -93,7 +110,7 @@ void setup(CLI::App& app, CliContext& context) {
   auto* query = app.add_subcommand("query", "build a stored query's statement, run it and write its rows");
   addBuildOptions(query, *queryArgs);
   query->add_option("--format", queryArgs->format, "table, csv, json or xml (default: table on a terminal, else csv)");
-  query->add_option("--out", queryArgs->out, "write to this file (atomically) instead of standard output");
+  query->add_option("--out", queryArgs->out, "write to this file instead of standard output (- for standard output); written only on success");
   query->callback([&context, queryArgs] { runQuery(context, *queryArgs); });
 
   auto diaryRules = std::make_shared<bool>(false);

@@ -2,8 +2,15 @@
 //
 // Builds a standalone environment from the common options, runs one
 // command, and turns failures into a message on stderr and exit status 2.
+//
+// When a command fails, the errors the procedures handed to the error
+// component come first (they name the real cause; identical ones are
+// counted, not repeated), then the error that ended the command. A file
+// given with --out is written only when the command succeeded, and a
+// failed write to standard output fails the command.
 
 #include <cstdio>
+#include <cstring>
 #include <iostream>
 
 #include <CLI/CLI.hpp>
@@ -17,14 +24,86 @@
 
 namespace {
 
+using namespace orvalis;
+
+// Kinds of recorded error listed before the rest are only counted.
+constexpr size_t kListedKinds = 20;
+
+std::string oneLine(const std::string& text) { return replace(replace(text, "\r\n", " "), "\n", " "); }
+
 // One line for plain errors; an error block is printed as it stands.
-void printError(const orvalis::Error& e) {
-  if (orvalis::isWrappedDescription(e.description())) {
+void printError(const Error& e) {
+  if (isWrappedDescription(e.description())) {
     std::cerr << "orvalis: error " << e.number() << " from " << e.source() << ":" << e.description() << "\n";
     return;
   }
-  std::string text = orvalis::replace(orvalis::replace(e.description(), "\r\n", " "), "\n", " ");
-  std::cerr << "orvalis: " << text << "\n";
+  std::cerr << "orvalis: " << oneLine(e.description()) << "\n";
+}
+
+// The errors handed to the error component; false when there were none.
+bool printRecordedErrors(const ErrorRecorder& recorder) {
+  const std::vector<RecordedErrorGroup> groups = recorder.grouped();
+  size_t listed = 0;
+  long unlisted = 0;
+  for (const RecordedErrorGroup& g : groups) {
+    if (listed == kListedKinds) {
+      unlisted += g.count;
+      continue;
+    }
+    ++listed;
+    const RecordedError& e = g.first;
+    std::cerr << "orvalis: error " << e.number << " in " << e.module << "." << e.procedure << " (line " << e.line
+              << "): " << oneLine(e.description) << "\n";
+    if (g.count > 1) std::cerr << "orvalis:   ... and " << g.count - 1 << " more like it\n";
+  }
+  if (unlisted > 0) std::cerr << "orvalis: ... and " << unlisted << " more errors of other kinds\n";
+  return !groups.empty();
+}
+
+int runCommand(CLI::App& app, int argc, char** argv, cli::CliContext& context, const ErrorRecorder& recorder) {
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp& e) {
+    return app.exit(e);
+  } catch (const CLI::CallForAllHelp& e) {
+    return app.exit(e);
+  } catch (const CLI::ParseError& e) {
+    app.exit(e);
+    return 2;
+  } catch (const Error& e) {
+    printRecordedErrors(recorder);
+    printError(e);
+    return 2;
+  } catch (const std::exception& e) {
+    printRecordedErrors(recorder);
+    std::cerr << "orvalis: " << e.what() << "\n";
+    return 2;
+  }
+  // Errors the procedures handed to the error component and were told to
+  // leave: the command's result may be partial, so say so and fail.
+  if (printRecordedErrors(recorder)) return 2;
+  return context.exitCode;
+}
+
+// Standard output must have taken every byte; the --out file is written
+// only when all went well.
+int finishOutput(int status, cli::CliContext& context) {
+  if (auto reason = cli::checkStandardOutput()) {
+    std::cerr << "orvalis: cannot write to standard output (" << std::strerror(*reason) << ")\n";
+    status = 2;
+  }
+  if (!context.output.pending()) return status;
+  if (status != 0) {
+    std::cerr << "orvalis: " << context.output.pendingPath() << " not written (the command failed)\n";
+    return status;
+  }
+  try {
+    context.output.commit();
+  } catch (const Error& e) {
+    printError(e);
+    return 2;
+  }
+  return status;
 }
 
 }  // namespace
@@ -32,6 +111,7 @@ void printError(const orvalis::Error& e) {
 int main(int argc, char** argv) {
   using namespace orvalis;
   registerReportClasses();
+  cli::captureStandardOutput();
   CLI::App app{"orvalis: report data of the HR and payroll product"};
   app.require_subcommand(1);
   app.fallthrough();
@@ -49,33 +129,12 @@ int main(int argc, char** argv) {
   app.add_option("--work-dir", o.workDir, "work folder (default $ORVALIS_WORK_DIR or ~/.local/share/orvalis)");
   app.add_option("--provider", o.provider, "provider DataBaseType reports: SQLOLEDB, MSDAORA, SQLITE, POSTGRESQL");
   app.add_option("--trace-sql", o.traceSql, "append every SQL statement to this file");
+  // Before any command runs, so that a bad common option fails every one.
+  app.parse_complete_callback([&context] { context.checkOptions(); });
 
   for (const auto& setup : cli::registeredCommands()) setup(app, context);
 
   auto errors = installRecordingErrorComponent();
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp& e) {
-    return app.exit(e);
-  } catch (const CLI::CallForAllHelp& e) {
-    return app.exit(e);
-  } catch (const CLI::ParseError& e) {
-    app.exit(e);
-    return 2;
-  } catch (const Error& e) {
-    printError(e);
-    return 2;
-  } catch (const std::exception& e) {
-    std::cerr << "orvalis: " << e.what() << "\n";
-    return 2;
-  }
-  // Errors the procedures handed to the error component and were told to
-  // leave: the command's result may be partial, so say so and fail.
-  for (const RecordedError& e : errors->errors()) {
-    std::string text = orvalis::replace(orvalis::replace(e.description, "\r\n", " "), "\n", " ");
-    std::cerr << "orvalis: error " << e.number << " in " << e.module << "." << e.procedure << " (line "
-              << e.line << "): " << text << "\n";
-  }
-  if (!errors->errors().empty()) return 2;
-  return context.exitCode;
+  const int status = runCommand(app, argc, argv, context, *errors);
+  return finishOutput(status, context);
 }

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "runtime/basic_string.h"
-#include "runtime/text_file.h"
 #include "runtime/xml_rowset.h"
 
 namespace orvalis::cli {
@@ -158,14 +157,6 @@ std::string recordsetText(const Recordset& rs, OutputFormat format, bool result)
   std::ostringstream out;
   writeRecordset(out, rs, format, result);
   return out.str();
-}
-
-void emit(const std::string& path, const std::string& text) {
-  if (path.empty()) {
-    std::cout << text << std::flush;
-    return;
-  }
-  writeFileAtomically(path, text);
 }
 
 }  // namespace orvalis::cli

@@ -45,8 +45,4 @@ void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format,
 // The output of writeRecordset as text.
 std::string recordsetText(const Recordset& rs, OutputFormat format, bool result);
 
-// Writes to path atomically (a temporary file renamed over it, so it is
-// never seen half-written), or to standard output when path is empty.
-void emit(const std::string& path, const std::string& text);
-
 }  // namespace orvalis::cli

@@ -1,13 +1,20 @@
 #include "demo/demo_database.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <set>
 
+#include "data/sql_text.h"
+#include "runtime/basic_string.h"
 #include "runtime/clock.h"
 #include "runtime/error.h"
 #include "demo/demo_calendar.h"
 #include "demo/demo_tables.h"
+#include "runtime/text_file.h"
 #include "schema/schema.h"
 
 namespace orvalis {
@@ -51,6 +58,52 @@ void Writer::stream(const std::string& table, const std::vector<std::string>& co
 
 namespace {
 
+// The completion mark: written last, so that its presence means the build
+// ran to the end.
+constexpr const char* kStateTable = "ORVDEMOSTATE";
+
+// Every table of the connection's database (its current schema on
+// PostgreSQL), upper-cased.
+std::set<std::string> tableNames(Connection& connection) {
+  const bool sqlite = schemaEngineOf(connection.provider()) == SchemaEngine::SQLite;
+  Recordset rs = connection.query(sqlite ? "select name from sqlite_master where type = 'table'"
+                                         : "select table_name from information_schema.tables "
+                                           "where table_schema = current_schema() and table_type = 'BASE TABLE'");
+  std::set<std::string> names;
+  for (rs.moveFirst(); !rs.eof(); rs.moveNext()) names.insert(upperTrim(rs.get(0).text()));
+  return names;
+}
+
+void writeCompletionMark(Connection& connection, const DemoOptions& options, const DemoReport& report) {
+  connection.execute(std::string("CREATE TABLE ") + kStateTable +
+                     " (STATE_ID VARCHAR(10) NOT NULL, SEED VARCHAR(20), EMPLOYEES INTEGER, COMPANIES INTEGER, "
+                     "AS_OF VARCHAR(10))");
+  connection.execute(std::string("INSERT INTO ") + kStateTable + " VALUES ('COMPLETE', '" +
+                     sqlQuote(std::to_string(options.seed)) + "', " + std::to_string(report.employees) + ", " +
+                     std::to_string(report.companies) + ", '" + sqlQuote(report.asOf) + "')");
+}
+
+[[noreturn]] void refuseExisting(DemoState state) {
+  if (state == DemoState::Complete) {
+    throw Error(err::kDatabase, "ORVALIS.Demo",
+                "the database already holds the demo database (use --replace to drop and recreate it)");
+  }
+  throw Error(err::kDatabase, "ORVALIS.Demo",
+              "the database holds an unfinished HR schema: a demo-db run that stopped before the end, or a "
+              "schema without demo data (use --replace to drop and rebuild it)");
+}
+
+// The SQLite file and the journals SQLite keeps beside it.
+void removeDatabaseFiles(const std::filesystem::path& path, bool withMain) {
+  std::vector<std::string> names = {"-journal", "-wal", "-shm"};
+  if (withMain) names.insert(names.begin(), "");
+  for (const std::string& suffix : names) {
+    std::filesystem::path p = path;
+    p += suffix;
+    if (::unlink(p.c_str()) != 0 && errno != ENOENT) throw fileError("cannot delete", p, errno);
+  }
+}
+
 long long databaseSize(Connection& connection) {
   try {
     std::string sql = schemaEngineOf(connection.provider()) == SchemaEngine::SQLite
@@ -87,12 +140,11 @@ DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options)
                 "the demo database needs at least one company and one employee per company");
   }
   if (schemaExists(connection)) {
-    if (!options.replace) {
-      throw Error(err::kDatabase, "ORVALIS.Demo",
-                  "the database already holds the HR schema (use --replace to drop and recreate it)");
-    }
+    if (!options.replace) refuseExisting(demoState(connection));
     dropSchema(connection);
   }
+  // A mark without a schema is stale; the new one is written at the end.
+  if (tableNames(connection).count(kStateTable)) connection.execute(std::string("DROP TABLE ") + kStateTable);
   // Tables first, indexes after the load: building an index over sorted
   // keys is much faster than growing it row by row.
   createSchemaTables(connection);
@@ -160,11 +212,59 @@ DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options)
   } else {
     for (const TableDef& t : schemaModel().tables) connection.execute("ANALYZE " + t.name);
   }
+  writeCompletionMark(connection, options, report);
   report.indexSeconds = std::chrono::duration<double>(Clock::now() - indexing).count();
   progress(1, "done");
 
   report.databaseBytes = databaseSize(connection);
   report.seconds = std::chrono::duration<double>(Clock::now() - started).count();
+  return report;
+}
+
+DemoState demoState(Connection& connection) {
+  if (!schemaExists(connection)) return DemoState::Absent;
+  if (!tableNames(connection).count(kStateTable)) return DemoState::Unfinished;
+  Recordset rs =
+      connection.query(std::string("select count(*) from ") + kStateTable + " where STATE_ID = 'COMPLETE'");
+  return !rs.eof() && rs.get(0).toDouble() > 0 ? DemoState::Complete : DemoState::Unfinished;
+}
+
+DemoReport buildDemoDatabaseFile(const std::filesystem::path& path, const DemoOptions& options) {
+  std::error_code ec;
+  if (std::filesystem::is_directory(path, ec)) throw fileError("cannot build the demo database at", path, EISDIR);
+  if (!options.replace && std::filesystem::file_size(path, ec) > 0 && !ec) {
+    auto existing = openConnection("sqlite:" + path.string());
+    if (schemaExists(*existing)) refuseExisting(demoState(*existing));
+    if (!tableNames(*existing).empty()) {
+      throw Error(err::kDatabase, "ORVALIS.Demo",
+                  path.string() + " holds other tables; demo-db writes a whole database file "
+                  "(use --replace to replace the file)");
+    }
+  }
+  if (path.has_parent_path()) {
+    std::filesystem::create_directories(path.parent_path(), ec);
+    if (ec) throw fileError("cannot create folder", path.parent_path(), ec.value());
+  }
+  std::filesystem::path partial = path;
+  partial += ".partial";
+  removeDatabaseFiles(partial, true);  // what a stopped build left
+  DemoReport report;
+  try {
+    auto connection = openConnection("sqlite:" + partial.string());
+    DemoOptions fresh = options;
+    fresh.replace = false;
+    report = buildDemoDatabase(*connection, fresh);
+  } catch (...) {
+    try {
+      removeDatabaseFiles(partial, true);
+    } catch (...) {
+      // Report the build's failure.
+    }
+    throw;
+  }
+  // The old file's journals would be played back into the new file.
+  removeDatabaseFiles(path, false);
+  if (::rename(partial.c_str(), path.c_str()) != 0) throw fileError("cannot replace", path, errno);
   return report;
 }
 

@@ -16,8 +16,20 @@
 // exists in its code table, every post lies within its employment and every
 // absence within its post.
 //
+// A build leaves a completion mark: the table ORVDEMOSTATE (not part of the
+// HR schema) with one row, written after the last index. A build stopped
+// half-way (killed, a full disk) leaves the schema without it, and the next
+// build refuses that database unless told to replace it. On SQLite,
+// buildDemoDatabaseFile() goes further: it builds into "<file>.partial" and
+// renames that over the file at the end, so the file appears only whole.
+// The mark is checked by demo-db itself (and the main job, through
+// "demo-db --if-missing"), not by every command: that costs nothing on
+// ordinary runs.
+//
 // Runs on the caller's thread; the connection is borrowed.
 #pragma once
+
+#include <filesystem>
 
 #include <cstdint>
 #include <functional>
@@ -72,10 +84,26 @@ struct DemoReport {
   long rowsOf(const std::string& table) const;
 };
 
+// What a database holds of the demo data.
+enum class DemoState {
+  Absent,      // no HR schema
+  Complete,    // the HR schema and the completion mark
+  Unfinished,  // the HR schema without the mark: a stopped build, or init-db
+};
+DemoState demoState(Connection& connection);
+
 // Builds the demo database. Raises orvalis::Error when the schema exists and
-// options.replace is false, for a provider without a schema, and for any
-// database failure (nothing is committed then on SQLite).
+// options.replace is false (saying whether it is complete or unfinished), for
+// a provider without a schema, and for any database failure (nothing is
+// committed then on SQLite).
 DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options);
+
+// Builds the demo database as the SQLite file at path: into
+// "<path>.partial" beside it, renamed over path once complete, so that a
+// stopped build leaves the old file (or none). An existing file is refused
+// unless options.replace, when it holds the HR schema or any other table;
+// with options.replace the whole file is replaced.
+DemoReport buildDemoDatabaseFile(const std::filesystem::path& path, const DemoOptions& options);
 
 // One line: rows per table (largest first), seconds, size and defects.
 std::string demoSummary(const DemoReport& report);

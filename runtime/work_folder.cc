@@ -1,10 +1,12 @@
 #include "runtime/work_folder.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <mutex>
 #include <system_error>
 
 #include "runtime/error.h"
+#include "runtime/text_file.h"
 
 namespace orvalis {
 
@@ -42,9 +44,13 @@ std::filesystem::path workFolder() {
     std::error_code ec;
     std::filesystem::create_directories(folder, ec);
     if (ec || !std::filesystem::is_directory(folder)) {
-      throw Error(err::kPathNotFound, "ORVALIS",
-                  "Path not found: cannot create the work folder " + folder.string() +
-                      (ec ? " (" + ec.message() + ")" : std::string()));
+      std::error_code ignored;
+      if (std::filesystem::exists(folder, ignored)) {
+        throw Error(err::kPathFileAccess, "ORVALIS",
+                    "Path/File access error: the work folder " + folder.string() + " is a file, not a folder");
+      }
+      // A file on the way gives "File exists": the folder cannot be reached.
+      throw fileError("cannot create the work folder", folder, ec && ec.value() != EEXIST ? ec.value() : ENOTDIR);
     }
     s.created = folder;
   }

@@ -14,7 +14,8 @@
 namespace orvalis {
 
 // The work folder, created if missing. Raises err::kPathNotFound when it
-// cannot be created.
+// cannot be reached, err::kPermissionDenied when creating it is refused and
+// err::kPathFileAccess when a file stands in its place.
 std::filesystem::path workFolder();
 // Fixes the work folder for the process; an empty path returns to the
 // environment's choice.

@@ -1,6 +1,8 @@
 #include "component/errors/recording_error_component.h"
 
 #include <cstdlib>
+#include <map>
+#include <tuple>
 
 #include "runtime/basic_number.h"
 
@@ -34,6 +36,18 @@ int ErrorRecorder::record(RecordedError error) {
   error.answer = answer;
   errors_.push_back(std::move(error));
   return answer;
+}
+
+std::vector<RecordedErrorGroup> ErrorRecorder::grouped() const {
+  using Key = std::tuple<std::string, std::string, long, std::string>;
+  std::map<Key, size_t> positions;
+  std::vector<RecordedErrorGroup> groups;
+  for (const RecordedError& e : errors_) {
+    auto [it, added] = positions.try_emplace(Key{e.module, e.procedure, e.number, e.description}, groups.size());
+    if (added) groups.push_back({e, 0});
+    ++groups[it->second].count;
+  }
+  return groups;
 }
 
 int RecordingErrorComponent::RaiseError(const std::string& component, const std::string& module,

@@ -12,6 +12,10 @@
 // of the same procedure and line is granted at most kMaxRetries times in a
 // row; after that the call is answered "leave".
 //
+// grouped() counts repeated identical errors (same module, procedure, number
+// and description: one failing step hit row after row), so that a caller
+// can show the first of each kind and how many more there were.
+//
 // The recorder is shared between the factory and the caller; it is not
 // thread-safe (the component runs on one thread).
 #pragma once
@@ -38,6 +42,12 @@ struct RecordedError {
   int answer = kAnswerLeave;
 };
 
+// One kind of recorded error: the first occurrence and how many in all.
+struct RecordedErrorGroup {
+  RecordedError first;
+  long count = 0;
+};
+
 class ErrorRecorder {
  public:
   static constexpr int kMaxRetries = 3;
@@ -46,6 +56,10 @@ class ErrorRecorder {
 
   const std::vector<RecordedError>& errors() const { return errors_; }
   void clear() { errors_.clear(); }
+
+  // The errors, identical ones counted together, in the order of their
+  // first occurrence.
+  std::vector<RecordedErrorGroup> grouped() const;
 
   void setAnswer(int answer) { standing_ = answer; }
   void setAnswers(std::vector<int> answers) { queued_.assign(answers.begin(), answers.end()); }

@@ -166,6 +166,21 @@ TEST_F(ErrorComponentHandler, LastingRetryIsCappedThenLeft) {
   EXPECT_EQ(recorder->errors().back().answer, kAnswerLeave);
 }
 
+TEST_F(ErrorComponentHandler, RepeatedIdenticalErrorsAreCountedInFirstSeenOrder) {
+  recorder->setAnswer(kAnswerRetry);  // the same failure, four times in a row
+  runSteps(100);
+  recorder->setAnswer(kAnswerLeave);
+  Procedure other(Handler::ErrorComponent, "ORVALIS", "HRDataFunctions", "gfncOther");
+  other.run([](Steps& step) { step(10, [] { throw Error(13, "ORVALIS", "Type mismatch"); }); });
+  runSteps(1);
+  std::vector<RecordedErrorGroup> groups = recorder->grouped();
+  ASSERT_EQ(groups.size(), 2u);
+  EXPECT_EQ(groups[0].first.description, "database is locked");
+  EXPECT_EQ(groups[0].count, ErrorRecorder::kMaxRetries + 2);
+  EXPECT_EQ(groups[1].first.procedure, "gfncOther");
+  EXPECT_EQ(groups[1].count, 1);
+}
+
 TEST_F(ErrorComponentHandler, LeavingANestedStepLeavesTheWholeProcedure) {
   std::string trail;
   Procedure proc(Handler::ErrorComponent, "ORVALIS", "Absence", "fncBaseLoop");

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "data/connection.h"
+#include "data/drivers/connection.h"
 #include "runtime/error.h"
 
 namespace orvalis {

@@ -65,6 +65,35 @@ TEST(DemoBuild, AnExistingSchemaIsReplacedOnlyWhenAsked) {
   EXPECT_EQ(demoSummary(report).rfind("wrote ", 0), 0u);
 }
 
+TEST(DemoBuild, AStoppedBuildIsRefusedUntilReplaced) {
+  for (test::Engine engine : {test::Engine::SQLite, test::Engine::PostgreSQL}) {
+    SCOPED_TRACE(test::engineName(engine));
+    test::ScratchDatabase db(engine);
+    auto connection = db.connect();
+    EXPECT_EQ(demoState(*connection), DemoState::Absent);
+    // Stopped after the rows were committed, before the indexes: as a kill
+    // at that point would leave it.
+    DemoOptions stopped = demoOptions(20, 1);
+    stopped.progress = [](double, const std::string& step) {
+      if (step == "indexing") throw std::runtime_error("stopped");
+    };
+    EXPECT_THROW(buildDemoDatabase(*connection, stopped), std::runtime_error);
+    EXPECT_EQ(scalar(*connection, "select count(*) from PNLEMPMST"), 20);
+    EXPECT_EQ(demoState(*connection), DemoState::Unfinished);
+    try {
+      buildDemoDatabase(*connection, demoOptions(20, 1));
+      ADD_FAILURE() << "an unfinished database was taken";
+    } catch (const Error& e) {
+      EXPECT_NE(e.description().find("unfinished"), std::string::npos) << e.description();
+      EXPECT_NE(e.description().find("--replace"), std::string::npos) << e.description();
+    }
+    DemoOptions replace = demoOptions(20, 1);
+    replace.replace = true;
+    buildDemoDatabase(*connection, replace);
+    EXPECT_EQ(demoState(*connection), DemoState::Complete);
+  }
+}
+
 TEST(DemoBuild, ControlParametersFollowTheGettersKeyRules) {
   auto errors = installRecordingErrorComponent();
   for (const char* company : {"ORV01", "ORV02"}) {

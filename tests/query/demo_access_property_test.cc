@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/dictionary.h"
 #include "data/hr_environment.h"
@@ -20,7 +20,7 @@
 #include "query/sql_builder.h"
 #include "runtime/basic_string.h"
 #include "runtime/clock.h"
-#include "schema/demo_database.h"
+#include "demo/demo_database.h"
 #include "support/databases.h"
 
 namespace orvalis::testing {

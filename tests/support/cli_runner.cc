@@ -20,7 +20,7 @@ std::string slurp(const std::string& path) {
 }
 }  // namespace
 
-CliResult runCli(const std::vector<std::string>& args, const std::string& workDir) {
+CliResult runCli(const std::vector<std::string>& args, const std::string& workDir, const std::string& stdoutPath) {
   const char* cli = std::getenv("ORVALIS_CLI");
   if (cli == nullptr) throw std::runtime_error("ORVALIS_CLI is not set (run through ctest)");
   char outName[] = "/tmp/orvalis-cli-out.XXXXXX";
@@ -29,7 +29,13 @@ CliResult runCli(const std::vector<std::string>& args, const std::string& workDi
   int errFd = mkstemp(errName);
   pid_t pid = fork();
   if (pid == 0) {
-    dup2(outFd, 1);
+    if (!stdoutPath.empty()) {
+      int target = open(stdoutPath.c_str(), O_WRONLY);
+      if (target < 0) _exit(126);
+      dup2(target, 1);
+    } else {
+      dup2(outFd, 1);
+    }
     dup2(errFd, 2);
     int devnull = open("/dev/null", O_RDONLY);
     dup2(devnull, 0);

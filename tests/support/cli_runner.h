@@ -14,7 +14,9 @@ struct CliResult {
 };
 
 // Arguments are passed as they are (no shell); ORVALIS_WORK_DIR is set to
-// workDir when given.
-CliResult runCli(const std::vector<std::string>& args, const std::string& workDir = "");
+// workDir when given. Standard output goes to stdoutPath when given (a
+// device such as /dev/full; out is then empty).
+CliResult runCli(const std::vector<std::string>& args, const std::string& workDir = "",
+                 const std::string& stdoutPath = "");
 
 }  // namespace orvalis::testing
