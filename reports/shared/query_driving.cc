@@ -1,0 +1,78 @@
+#include "reports/shared/query_driving.h"
+
+#include "data/data_functions.h"
+#include "query/access_user.h"
+#include "query/sql_builder.h"
+#include "runtime/basic_date.h"
+#include "runtime/basic_string.h"
+#include "runtime/error.h"
+
+namespace orvalis::reports {
+
+std::string storedQuerySql(const std::string& queryId) {
+  return gfncBuildSQL(currentUser(), queryId, "", "", "");
+}
+
+bool openStoredQuery(const std::string& sql, Recordset& rsQuery) {
+  rsQuery = Recordset();
+  if (trim(sql).empty()) return false;
+  return gfncOpenRecordset(sql, rsQuery);
+}
+
+void appendResultField(Recordset& rsData, FieldDef field) {
+  if (rsData.fieldIndex(field.name) >= 0) {
+    throw Error(kErrAlreadyInCollection, "ADODB.Fields",
+                "Object is already in collection. Cannot append. (" + field.name + ")");
+  }
+  rsData.appendField(std::move(field));
+}
+
+void appendResultField(Recordset& rsData, std::string_view name, int type, long definedSize) {
+  FieldDef field;
+  field.name = std::string(name);
+  field.type = type;
+  field.definedSize = definedSize;
+  appendResultField(rsData, std::move(field));
+}
+
+void subAddQueryFields(Recordset& rsData, const Recordset& rsQuery) {
+  appendResultField(rsData, "REPORT_ID", ado::adChar, 20);
+  for (const FieldDef& f : rsQuery.fields()) {
+    FieldDef copy;
+    copy.name = f.name;
+    copy.type = f.type;
+    copy.definedSize = f.definedSize;
+    copy.precision = f.precision;
+    copy.numericScale = f.numericScale;
+    appendResultField(rsData, std::move(copy));
+  }
+}
+
+QueryRowCopier::QueryRowCopier(const Recordset& rsQuery, const Recordset& rsData) {
+  for (int i = 0; i < rsQuery.fieldCount(); ++i) {
+    const FieldDef& f = rsQuery.field(i);
+    const int to = rsData.fieldIndex(f.name);
+    if (to < 0) {
+      throw Error(err::kItemNotFound, "ADODB.Fields",
+                  "Item cannot be found in the collection corresponding to the requested name or ordinal. (" +
+                      f.name + ")");
+    }
+    columns_.push_back({i, to, f.type == ado::adDBTimeStamp});
+  }
+}
+
+void QueryRowCopier::copy(const Recordset& rsQuery, long row, Recordset& rsData) const {
+  for (const Column& c : columns_) {
+    Value v = rsQuery.at(row, c.from);
+    if (c.dateTime && !v.isNull() && !v.isDate()) {
+      // A value the database did not read as a date: kept only when it
+      // parses as one.
+      std::optional<DateTime> parsed = parseDate(trim(v.text()));
+      if (!parsed) continue;
+      v = Value(*parsed);
+    }
+    rsData.set(c.to, std::move(v));
+  }
+}
+
+}  // namespace orvalis::reports
