@@ -43,11 +43,21 @@ long gfncNextNumber(const std::string& module, const std::string& parameter) {
 
   WriteTransaction tx;
   forgetControlValue(key);
-  Recordset rs = query(lockedCounterSql(where, provider));
-  if ((!rs.isOpen() || rs.eof()) && dialectOfProvider(provider) == Dialect::PostgreSQL) {
-    executeStatement(insert + "'0') on conflict do nothing");
-    rs = query(lockedCounterSql(where, provider));
+  if (dialectOfProvider(provider) == Dialect::PostgreSQL) {
+    // One statement takes the row lock and the number.
+    const std::string update =
+        "update ADMCNTRL set PARAM_VALUE = cast(cast(coalesce(nullif(replace(trim(PARAM_VALUE), ',', ''), ''), "
+        "'0') as bigint) + 1 as varchar(255)) " + where + " returning PARAM_VALUE";
+    Recordset rs = query(update);
+    if (!rs.isOpen() || rs.eof()) {
+      executeStatement(insert + "'0') on conflict do nothing");
+      rs = query(update);
+    }
+    const long next = static_cast<long>(val(rs.get(0).text()));
+    tx.commit();
+    return next;
   }
+  Recordset rs = query(lockedCounterSql(where, provider));
   long next = 1;
   if (rs.isOpen() && !rs.eof()) {
     std::string current = trim(replace(rs.get(0).text(), ",", ""));

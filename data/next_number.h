@@ -6,9 +6,10 @@
 //
 // Several processes may take numbers at once. The counter row is locked
 // for the rest of the caller's transaction (WriteTransaction, opened here
-// when the caller has none) before it is read: "for update" on PostgreSQL
-// and Oracle, "with (UPDLOCK, HOLDLOCK)" on SQL Server, the database write
-// lock that the transaction took on SQLite. So two writers never receive
+// when the caller has none) before it is read: on PostgreSQL one
+// "update ... returning" locks it and takes the number; "for update" on
+// Oracle, "with (UPDLOCK, HOLDLOCK)" on SQL Server, and on SQLite the
+// database write lock that the transaction took at its start. So two writers never receive
 // the same number, and a transaction that fails after taking one gives it
 // back with the rest of its work. A missing counter row is created (on
 // PostgreSQL without a race; elsewhere a second writer creating it at the
