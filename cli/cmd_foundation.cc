@@ -2,10 +2,12 @@
 // and dialect texts.
 
 #include <iostream>
+#include <optional>
 
 #include "cli/cli_context.h"
 #include "data/control.h"
 #include "data/dialect_functions.h"
+#include "payroll/audit_trail.h"
 #include "runtime/error.h"
 #include "schema/schema.h"
 
@@ -25,6 +27,7 @@ void setup(CLI::App& app, CliContext& context) {
 
   struct ControlArgs {
     std::string parameter, module = "ADM", language, format, defaultValue;
+    std::optional<std::string> newValue;
   };
   auto args = std::make_shared<ControlArgs>();
   auto* control = app.add_subcommand("control", "print a control parameter (gfncGetControlValue)");
@@ -33,8 +36,14 @@ void setup(CLI::App& app, CliContext& context) {
   control->add_option("--language", args->language, "language (default: the session's)");
   control->add_option("--format", args->format, "format pattern, e.g. #,##0.00000");
   control->add_option("--default", args->defaultValue, "value when nothing is found");
+  control->add_option("--set", args->newValue,
+                      "write VALUE to the parameter (an audit row records the change), then print it");
   control->callback([&context, args] {
     context.environment();
+    if (args->newValue) {
+      payroll::installAuditTrail();
+      gsubSetControlValue(args->language, args->module, args->parameter, *args->newValue);
+    }
     std::cout << gfncGetControlValue(args->language, args->module, args->parameter, args->format,
                                      args->defaultValue)
               << "\n";

@@ -8,22 +8,15 @@
 #include "data/environment.h"
 #include "data/hr_environment.h"
 #include "data/sql_text.h"
+#include "data/write_transaction.h"
 #include "runtime/basic_number.h"
 #include "runtime/basic_string.h"
+#include "runtime/keyed_text.h"
 #include "runtime/settings_file.h"
 
 namespace orvalis {
 
 namespace {
-
-// The stored key of one parameter after the key rules.
-struct ControlKey {
-  std::string type;
-  std::string variation;
-  std::string language;
-  std::string module;
-  std::string parameter;
-};
 
 std::string cut10(const std::string& s) { return left(ucase(rtrim(s)), 10); }
 
@@ -32,7 +25,7 @@ std::string sessionParameter(const char* name) {
   return v.empty() ? kDefaultLanguage : ucase(v);
 }
 
-ControlKey makeKey(const std::string& language, const std::string& module, const std::string& parameter) {
+ControlKey keyOf(const std::string& language, const std::string& module, const std::string& parameter) {
   ControlKey k;
   k.variation = gfncCompanyCode();
   k.language = cut10(language);
@@ -53,7 +46,7 @@ ControlKey makeKey(const std::string& language, const std::string& module, const
   return k;
 }
 
-std::string whereKey(const ControlKey& k) {
+std::string whereOf(const ControlKey& k) {
   return "where CONTROL_TYPE = '" + sqlQuote(k.type) + "' " + "and VARIATION_ID = '" + sqlQuote(k.variation) +
          "' " + "and LANGUAGE_ID = '" + sqlQuote(k.language) + "' " + "and MODULE_ID = '" +
          sqlQuote(k.module) + "' " + "and PARAM_ID = '" + sqlQuote(k.parameter) + "'";
@@ -87,7 +80,7 @@ std::optional<std::string> readStored(const ControlKey& k) {
   auto it = c.values.find(cacheKey(k));
   if (it != c.values.end()) return it->second;
   std::optional<std::string> value;
-  Recordset rs = openRecordset("select PARAM_VALUE from ADMCNTRL " + whereKey(k));
+  Recordset rs = openRecordset("select PARAM_VALUE from ADMCNTRL " + controlKeyWhere(k));
   if (rs.isOpen() && !rs.eof()) value = rtrim(rs.get(0).text());
   c.values[cacheKey(k)] = value;
   return value;
@@ -100,7 +93,22 @@ bool dttFallbackAllowed() {
   return !v.empty() && v[0] == 'Y';
 }
 
+ControlAuditWriter& auditWriter() {
+  static ControlAuditWriter writer = nullptr;
+  return writer;
+}
+
 }  // namespace
+
+ControlKey controlKey(const std::string& language, const std::string& module, const std::string& parameter) {
+  return keyOf(language, module, parameter);
+}
+
+std::string controlKeyWhere(const ControlKey& key) { return whereOf(key); }
+
+void forgetControlValue(const ControlKey& key) { cache().values.erase(cacheKey(key)); }
+
+void setControlAuditWriter(ControlAuditWriter writer) { auditWriter() = writer; }
 
 void clearControlCache() { cache().values.clear(); }
 
@@ -157,7 +165,7 @@ std::string gfncGetControlValue(const std::string& language, const std::string& 
                                 const std::string& parameter, const std::string& format,
                                 const std::string& defaultValue) {
   if (upperTrim(parameter) == "VENDORID") return kVendorId;
-  ControlKey key = makeKey(language, module, parameter);
+  ControlKey key = controlKey(language, module, parameter);
 
   std::optional<std::string> stored = readStored(key);
   if (!stored && startsWith(key.parameter, "DTT") && dttFallbackAllowed()) {
@@ -193,10 +201,17 @@ std::string gfncGetSetting(const std::string& name, bool checkDatabase) {
 
 void gsubSetControlValue(const std::string& language, const std::string& module,
                          const std::string& parameter, const std::string& value) {
-  ControlKey key = makeKey(language, module, parameter);
-  Recordset rs = openRecordset("select PARAM_VALUE from ADMCNTRL " + whereKey(key));
-  if (rs.isOpen() && !rs.eof()) {
-    executeStatement("update ADMCNTRL set PARAM_VALUE = '" + sqlQuote(value) + "' " + whereKey(key));
+  ControlKey key = controlKey(language, module, parameter);
+  forgetControlValue(key);
+  WriteTransaction tx;
+  // Read inside the transaction: the old value is what the audit row says
+  // was replaced, and on SQLite the write lock is already held.
+  Recordset rs = HREnvironment::require().ConnectionManager().ExecuteQueryAsync(
+      "select PARAM_VALUE from ADMCNTRL " + controlKeyWhere(key), gfncConnectionString(""));
+  const bool exists = rs.isOpen() && !rs.eof();
+  const std::string was = exists ? rtrim(rs.get(0).text()) : "";
+  if (exists) {
+    executeStatement("update ADMCNTRL set PARAM_VALUE = '" + sqlQuote(value) + "' " + controlKeyWhere(key));
   } else {
     executeStatement(
         "insert into ADMCNTRL (CONTROL_TYPE, VARIATION_ID, LANGUAGE_ID, MODULE_ID, PARAM_ID, PARAM_VALUE) "
@@ -204,7 +219,22 @@ void gsubSetControlValue(const std::string& language, const std::string& module,
         sqlQuote(key.language) + "', '" + sqlQuote(key.module) + "', '" + sqlQuote(key.parameter) +
         "', '" + sqlQuote(value) + "')");
   }
-  cache().values[cacheKey(key)] = rtrim(value);
+  if (ControlAuditWriter writer = auditWriter()) {
+    std::string audit;
+    setKeyedValue(audit, "VARIATION_ID", key.variation);
+    setKeyedValue(audit, "ENTITY_ID", "ADMCNTRL");
+    setKeyedValue(audit, "FIELD_ID", "PARAM_VALUE");
+    setKeyedValue(audit, "KEY_ID", key.module + "," + key.parameter);
+    setKeyedValue(audit, "ITEM_ID",
+                  key.type + "," + key.variation + "," + key.language + "," + key.module + "," + key.parameter);
+    setKeyedValue(audit, "ACTION", exists ? "A" : "I");
+    setKeyedValue(audit, "DATA", value);
+    setKeyedValue(audit, "WAS", was);
+    writer(audit);
+  }
+  tx.commit();
+  // Read afresh next time: the audit row may have moved a counter too.
+  forgetControlValue(key);
 }
 
 }  // namespace orvalis

@@ -35,9 +35,35 @@ std::string gfncControlParamType(const std::string& module, const std::string& p
 std::string gfncGetSetting(const std::string& name, bool checkDatabase = true);
 
 // Writes one control parameter under the same key rules as the getter
-// (update when the row exists, insert otherwise).
+// (update when the row exists, insert otherwise) and records the change as
+// an audit row (ENTITY_ID "ADMCNTRL", FIELD_ID "PARAM_VALUE", KEY_ID
+// "<module>,<parameter>", ITEM_ID the whole stored key "<type>,<company>,
+// <language>,<module>,<parameter>", ACTION "I" or "A", DATA the new value,
+// WAS the old one) in the same transaction: both are stored or neither.
 void gsubSetControlValue(const std::string& language, const std::string& module,
                          const std::string& parameter, const std::string& value);
+
+// The audit trail writer the control-parameter writer records through: it
+// takes the keyed audit text ("ENTITY_ID=...", see payroll/audit_trail.h).
+// The audit trail installs itself when it is linked into the program; a
+// program built from the data layer alone records no audit rows.
+using ControlAuditWriter = void (*)(std::string& auditData);
+void setControlAuditWriter(ControlAuditWriter writer);
+
+// The stored key of one parameter after the getter's key rules (control
+// type, company, language, module and parameter as they are stored).
+struct ControlKey {
+  std::string type;
+  std::string variation;
+  std::string language;
+  std::string module;
+  std::string parameter;
+};
+ControlKey controlKey(const std::string& language, const std::string& module, const std::string& parameter);
+// "where CONTROL_TYPE = '...' and ... and PARAM_ID = '...'" for a key.
+std::string controlKeyWhere(const ControlKey& key);
+// Drops one value from the environment's cache (it was changed behind it).
+void forgetControlValue(const ControlKey& key);
 
 // Forgets the values read so far in this environment, so the next read
 // goes to the table (the uncached read).

@@ -54,6 +54,14 @@ class ConnectionManager {
   // Runs one statement that returns no rows (the component's few writes:
   // control parameters, audit rows, work tables). Returns rows affected.
   virtual long ExecuteNonQuery(const std::string& sql, const std::string& connection) = 0;
+  // A transaction on the named connection, as the ADO connection's
+  // BeginTrans, CommitTrans and RollbackTrans. BeginTrans takes the
+  // database's write lock at once where the engine locks whole files
+  // (SQLite), so that a unit that reads before it writes waits for other
+  // writers instead of failing. Transactions do not nest.
+  virtual void BeginTrans(const std::string& connection) = 0;
+  virtual void CommitTrans(const std::string& connection) = 0;
+  virtual void RollbackTrans(const std::string& connection) = 0;
 };
 
 class Environment {

@@ -120,4 +120,21 @@ long StandaloneEnvironment::ExecuteNonQuery(const std::string& sql, const std::s
   return connection(connectionText).execute(sql);
 }
 
+void StandaloneEnvironment::BeginTrans(const std::string& connectionText) {
+  Connection& c = connection(connectionText);
+  // SQLite's deferred transaction would take the write lock only at the
+  // first write, and two readers upgrading at once fail instead of waiting.
+  if (c.provider() == "SQLITE") {
+    c.execute("BEGIN IMMEDIATE");
+  } else {
+    c.begin();
+  }
+}
+
+void StandaloneEnvironment::CommitTrans(const std::string& connectionText) { connection(connectionText).commit(); }
+
+void StandaloneEnvironment::RollbackTrans(const std::string& connectionText) {
+  connection(connectionText).rollback();
+}
+
 }  // namespace orvalis

@@ -84,6 +84,9 @@ class StandaloneEnvironment final : public Environment,
   // ConnectionManager
   Recordset ExecuteQueryAsync(const std::string& sql, const std::string& connection) override;
   long ExecuteNonQuery(const std::string& sql, const std::string& connection) override;
+  void BeginTrans(const std::string& connection) override;
+  void CommitTrans(const std::string& connection) override;
+  void RollbackTrans(const std::string& connection) override;
 
   // The open connection for a connection text (opened on first use).
   Connection& connection(const std::string& connectionText);

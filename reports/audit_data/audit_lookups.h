@@ -1,0 +1,70 @@
+// AuditLookups: what the audit data report reads once per run to enrich
+// each audit row.
+//
+// load() reads, for one company: the employees (EMP_ID, DEPT_ID, LOC_ID,
+// TITLE_ID, FORENAME, SURNAME, KNOWNAS, DATE_BIRTH, DATE_START, DATE_LEFT,
+// STATUS_ID, AGE, CAT_ID, TEMPLATE_ID of PNLEMPMST), the descriptions of
+// the four code tables PNLDEPT, PNLLOCS, PNLCAT and PAYTMPLT, and the users'
+// names (ADMUSER). Every probe afterwards is a hash lookup; unknown codes
+// give "" and never an error.
+//
+// Captions come from the data dictionary (data/dictionary.h), remembered
+// per table and column. The key field EMP_ID of an employee table (one
+// whose key structure holds EMP_ID) is captioned "Employee Reference".
+//
+// Original-record descriptions (ORIG_DESCRIPTION): an audit row's
+// ORIG_SEQ_ID names a record of the audited table by its SEQ_ID (for tables
+// keyed by employee as well, the record of the row's KEY_ID employee). The
+// description is that record's START_DATE as "DD/MM/YYYY", " - " and its
+// DESCRIPTION (either alone when the other is empty), cut to 50 characters
+// by the caller. Tables without SEQ_ID, START_DATE and DESCRIPTION columns
+// (in the dictionary) give "". Each table is read once, on first need.
+//
+// Owned by one report run; reads through HREnvironment; single-threaded.
+#pragma once
+
+#include <string>
+#include <unordered_map>
+
+#include "runtime/recordset.h"
+
+namespace orvalis::reports {
+
+class AuditLookups {
+ public:
+  void load(const std::string& variation);
+
+  // The employee's row in employees(), or -1.
+  long employeeRow(const std::string& empId) const;
+  const Recordset& employees() const { return employees_; }
+
+  const std::string& department(const std::string& code) const { return find(departments_, code); }
+  const std::string& location(const std::string& code) const { return find(locations_, code); }
+  const std::string& category(const std::string& code) const { return find(categories_, code); }
+  const std::string& payTemplate(const std::string& code) const { return find(templates_, code); }
+  const std::string& userName(const std::string& userId) const { return find(users_, userId); }
+
+  const std::string& entityCaption(const std::string& table);
+  const std::string& fieldCaption(const std::string& table, const std::string& field);
+  std::string originalDescription(const std::string& table, const std::string& empId, const std::string& seqId);
+
+  // The statements load() runs, for the error dump.
+  static std::string employeesSql(const std::string& variation);
+  static std::string codesSql(const std::string& table, const std::string& variation);
+
+ private:
+  using Map = std::unordered_map<std::string, std::string>;
+  static const std::string& find(const Map& map, const std::string& key);
+  Map readCodes(const std::string& sql) const;
+  const Map& originals(const std::string& table);
+
+  std::string variation_;
+  Recordset employees_;
+  RowIndex employeeIndex_;
+  Map departments_, locations_, categories_, templates_, users_;
+  Map entityCaptions_, fieldCaptions_;
+  std::unordered_map<std::string, Map> originals_;      // by table, "EMP\x1fSEQ" or "SEQ"
+  std::unordered_map<std::string, bool> keyedByEmployee_;
+};
+
+}  // namespace orvalis::reports
