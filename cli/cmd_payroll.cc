@@ -12,10 +12,12 @@
 
 #include <iostream>
 #include <memory>
+#include <vector>
 
 #include "cli/cli_context.h"
 #include "data/hr_environment.h"
 #include "payroll/wte.h"
+#include "reports/establishment/establishment.h"
 #include "runtime/basic_number.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
@@ -71,6 +73,18 @@ void runWte(CliContext& context, const WteArgs& args) {
   context.exitCode = 0;
 }
 
+void runThrensby(CliContext& context, const std::vector<std::string>& args) {
+  context.environment();
+  std::vector<Value> elements(args.begin(), args.end());
+  reports::Establishment establishment;
+  const bool written = establishment.Thrensby(Parameters(std::move(elements)));
+  const auto& done = establishment.lastExport();
+  if (written) {
+    std::cout << done.outputPath().string() << "\n" << done.linesWritten() << " lines\n";
+  }
+  context.exitCode = written ? 0 : 1;
+}
+
 void setup(CLI::App& app, CliContext& context) {
   auto wte = std::make_shared<WteArgs>();
   auto* cmd = app.add_subcommand("wte", "apply a whole-time-equivalence rule to a salary");
@@ -81,6 +95,13 @@ void setup(CLI::App& app, CliContext& context) {
   cmd->add_option("--factor", wte->factor, "explicit factor, for rules of operator E");
   cmd->add_option("--format", wte->format, "text (default) or json");
   cmd->callback([&context, wte] { runWte(context, *wte); });
+
+  auto thrensby = std::make_shared<std::vector<std::string>>();
+  auto* exportCmd = app.add_subcommand("thrensby", "export the pay-batch lines of a template over a period range (CSV)");
+  exportCmd->add_option("PARAM", *thrensby,
+                        "NAME=value: TEMPLATE_ID, START_YEAR, START_PERIOD, END_YEAR, END_PERIOD, COST_CODE, "
+                        "LINE_MANAGER, FILE_NAME");
+  exportCmd->callback([&context, thrensby] { runThrensby(context, *thrensby); });
 }
 
 const RegisterCommands registered(setup);
