@@ -80,8 +80,8 @@ WteRuleRow loadWteRule(const std::string& wteId) {
   Recordset rs;
   if (!gfncOpenRecordset(wteRuleSql(gfncCompanyCode(), wteId), rs) || rs.eof()) return row;
   row.found = true;
-  row.rule.op = ucase(trim(rs.get(0).text()));
-  row.rule.rounding = ucase(trim(rs.get(1).text()));
+  row.rule.op = upperTrim(rs.get(0).text());
+  row.rule.rounding = upperTrim(rs.get(1).text());
   row.rule.factor = numberOf(rs.get(2).text());
   row.rule.percent = numberOf(rs.get(3).text());
   row.rule.divisible = numberOf(rs.get(4).text());

@@ -155,9 +155,9 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
       };
       auto value = [&](Value v) { rsData.set(column++, std::move(v)); };
       for (drv.moveFirst(); !drv.eof(); drv.moveNext()) {
-        const std::string entity = ucase(trim(drv.get(cEntity).text()));
+        const std::string entity = upperTrim(drv.get(cEntity).text());
         const std::string key = trim(drv.get(cKey).text());
-        const std::string field = ucase(trim(drv.get(cField).text()));
+        const std::string field = upperTrim(drv.get(cField).text());
         const std::string user = trim(drv.get(cUser).text());
         const std::string orig = trim(drv.get(cOrig).text());
         actionCode = trim(drv.get(cAction).text());
