@@ -30,9 +30,9 @@ std::string databasePath;
 std::shared_ptr<StandaloneEnvironment> environment;
 std::shared_ptr<ErrorRecorder> errors;
 
+// At exit only the file goes: the environment's thread-local slot is gone
+// by then, and the environment itself ends with the other statics.
 void removeDatabase() {
-  HREnvironment::set(nullptr);
-  environment.reset();
   std::error_code ignored;
   std::filesystem::remove(databasePath, ignored);
 }
