@@ -25,8 +25,11 @@ void narrowToAbsence(const std::string& fromTime, const std::string& toTime, std
                      std::string& end, double& hours) {
   std::optional<int> slotStart = parseTime(start);
   std::optional<int> slotEnd = parseTime(end);
-  std::optional<int> absenceStart = fromTime.empty() ? std::nullopt : parseTime(fromTime);
-  std::optional<int> absenceEnd = toTime.empty() ? std::nullopt : parseTime(toTime);
+  // Assigned, not built by "empty ? nullopt : parseTime(...)": GCC 12 at -Os
+  // reports that form as maybe-uninitialized (GCC bug 80635).
+  std::optional<int> absenceStart, absenceEnd;
+  if (!fromTime.empty()) absenceStart = parseTime(fromTime);
+  if (!toTime.empty()) absenceEnd = parseTime(toTime);
   if (!absenceStart && !absenceEnd) return;
   if (!slotStart || !slotEnd || *slotEnd <= *slotStart) {
     // No times to narrow: the absence's own times stand for the day's.

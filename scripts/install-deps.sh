@@ -1,5 +1,8 @@
 #!/usr/bin/env bash
-# Installs every Debian package the build, the tests and the main job need.
+# Installs every Debian package the build, the tests and the main job need;
+# "install-deps.sh fuzz" adds what the fuzz targets need (scripts/fuzz.sh
+# asks for it): clang, and libclang-rt-dev, which holds libFuzzer and the
+# sanitizer runtimes of Debian's default clang.
 # Idempotent: packages already present are skipped, and apt is not touched
 # at all when nothing is missing. Run as root (or with sudo available).
 set -euo pipefail
@@ -13,6 +16,9 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libxml2-utils
 )
+if [ "${1:-}" = fuzz ]; then
+  packages+=(clang libclang-rt-dev)
+fi
 
 missing=()
 for p in "${packages[@]}"; do
