@@ -28,18 +28,8 @@ struct AuditRow {
   std::string variation, user, date, time, entity, module, field, key, action, data, was, origSeqId, itemId;
 };
 
-// The text cut to `size` characters (whole UTF-8 sequences).
-std::string fitted(const std::string& text, size_t size) {
-  size_t chars = 0;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if ((static_cast<unsigned char>(text[i]) & 0xC0) == 0x80) continue;
-    if (chars == size) return text.substr(0, i);
-    ++chars;
-  }
-  return text;
-}
 
-std::string literal(const std::string& text, size_t size) { return "'" + sqlQuote(fitted(text, size)) + "'"; }
+std::string literal(const std::string& text, size_t size) { return "'" + sqlQuote(std::string(fitted(text, static_cast<long>(size)))) + "'"; }
 std::string literalOrNull(const std::string& text, size_t size) {
   return text.empty() ? "NULL" : literal(text, size);
 }

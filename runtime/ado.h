@@ -37,6 +37,23 @@ enum DataType : int {
   adLongVarBinary = 205,
 };
 
+// True for the text types (fixed, variable, long, wide, GUID).
+inline constexpr bool isTextType(int type) {
+  switch (type) {
+    case adBSTR:
+    case adChar:
+    case adWChar:
+    case adVarChar:
+    case adLongVarChar:
+    case adVarWChar:
+    case adLongVarWChar:
+    case adGUID:
+      return true;
+    default:
+      return false;
+  }
+}
+
 // Field attributes (FieldAttributeEnum).
 inline constexpr int adFldUpdatable = 0x4;
 inline constexpr int adFldUnknownUpdatable = 0x8;

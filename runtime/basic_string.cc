@@ -51,6 +51,17 @@ std::string ucase(std::string_view s) {
   return r;
 }
 
+std::string_view fitted(std::string_view text, long size) {
+  if (size <= 0 || static_cast<long>(text.size()) <= size) return text;
+  long chars = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if ((static_cast<unsigned char>(text[i]) & 0xC0) == 0x80) continue;
+    if (chars == size) return text.substr(0, i);
+    ++chars;
+  }
+  return text;
+}
+
 std::string upperTrim(std::string_view s) {
   size_t b = s.find_first_not_of(' ');
   if (b == std::string_view::npos) return {};

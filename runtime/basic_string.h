@@ -18,6 +18,9 @@ std::string ucase(std::string_view s);
 std::string lcase(std::string_view s);
 // ucase(trim(s)): the form in which names, settings and codes are compared.
 std::string upperTrim(std::string_view s);
+// The text cut to `size` characters, a UTF-8 sequence counting as one
+// character (a field's defined size); a size of 0 or less keeps it whole.
+std::string_view fitted(std::string_view text, long size);
 
 // Left$, Right$, Mid$. Out-of-range lengths and starts are clipped; a start
 // below 1 raises "Invalid procedure call" (5) as Basic does.

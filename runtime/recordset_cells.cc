@@ -151,21 +151,6 @@ size_t CellStore::memoryUsage() const {
 
 namespace {
 
-bool isTextType(int type) {
-  switch (type) {
-    case ado::adBSTR:
-    case ado::adChar:
-    case ado::adWChar:
-    case ado::adVarChar:
-    case ado::adLongVarChar:
-    case ado::adVarWChar:
-    case ado::adLongVarWChar:
-    case ado::adGUID:
-      return true;
-    default:
-      return false;
-  }
-}
 
 int64_t roundToInt64(double d) {
   double whole = std::floor(d);
@@ -179,7 +164,7 @@ int64_t roundToInt64(double d) {
 
 Value coerce(Value v, int type) {
   if (v.isNull() || type == ado::adVariant || type == ado::adEmpty) return v;
-  if (isTextType(type)) return v.isText() ? v : Value(v.text());
+  if (ado::isTextType(type)) return v.isText() ? v : Value(v.text());
   if (v.isEmpty() || (v.isText() && trim(v.asText()).empty())) return Value::null();
   try {
     switch (type) {

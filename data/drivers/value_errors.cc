@@ -54,21 +54,6 @@ bool isNumberType(int adoType) {
   }
 }
 
-bool isTextType(int adoType) {
-  switch (adoType) {
-    case ado::adBSTR:
-    case ado::adChar:
-    case ado::adWChar:
-    case ado::adVarChar:
-    case ado::adLongVarChar:
-    case ado::adVarWChar:
-    case ado::adLongVarWChar:
-    case ado::adGUID:
-      return true;
-    default:
-      return false;
-  }
-}
 
 std::string qualifiedName(const ColumnOrigin& o) { return o.table.empty() ? o.column : o.table + "." + o.column; }
 
@@ -123,7 +108,7 @@ void storeColumnValue(Recordset& rs, int index, Value&& v, const std::string& dr
   const int type = rs.field(index).type;
   // Only a conversion can fail, and a text field takes any value: a text
   // bound for a text field goes without a copy kept for the message.
-  const Value kept = v.isText() && isTextType(type) ? Value() : v;
+  const Value kept = v.isText() && ado::isTextType(type) ? Value() : v;
   try {
     rs.set(index, std::move(v));
   } catch (const Error&) {

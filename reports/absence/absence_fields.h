@@ -42,16 +42,5 @@ inline constexpr ResultField kReviewFields[] = {
     {"ABS_DURATION", ado::adDouble, 15}, {"ABS_SCORE", ado::adDouble, 15}, {"SCORE_BAND", ado::adChar, 40},
 };
 
-// The text cut to `size` characters (whole UTF-8 sequences).
-inline std::string_view fitted(std::string_view text, long size) {
-  if (size <= 0 || static_cast<long>(text.size()) <= size) return text;
-  long chars = 0;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if ((static_cast<unsigned char>(text[i]) & 0xC0) == 0x80) continue;
-    if (chars == size) return text.substr(0, i);
-    ++chars;
-  }
-  return text;
-}
 
 }  // namespace orvalis::reports::absence

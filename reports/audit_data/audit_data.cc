@@ -21,19 +21,6 @@ std::string dateParameter(const std::string& text, const char* which) {
   return d->datePart().iso();
 }
 
-// The text cut to `size` characters (whole UTF-8 sequences).
-std::string fitted(std::string text, long size) {
-  long chars = 0;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if ((static_cast<unsigned char>(text[i]) & 0xC0) == 0x80) continue;
-    if (chars == size) {
-      text.resize(i);
-      break;
-    }
-    ++chars;
-  }
-  return text;
-}
 
 // The class as it is published: name, public methods, the error handling
 // of its procedures.
@@ -150,7 +137,7 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
       rsData.reserve(drv.recordCount());
       int column = 0;
       auto text = [&](std::string value) {
-        rsData.set(column, Value(fitted(std::move(value), fields[static_cast<size_t>(column)].size)));
+        rsData.set(column, Value(fitted(value, fields[static_cast<size_t>(column)].size)));
         ++column;
       };
       auto value = [&](Value v) { rsData.set(column++, std::move(v)); };
