@@ -75,9 +75,12 @@ void CommandOutput::commit() {
 }
 
 void captureStandardOutput() {
-  static DescriptorBuffer buffer(STDOUT_FILENO);
-  standardOutput = &buffer;
-  std::cout.rdbuf(&buffer);
+  // Never destroyed: std::cout is flushed once more after static
+  // destruction (by the library's own exit handler) and must still find
+  // its buffer.
+  static DescriptorBuffer* const buffer = new DescriptorBuffer(STDOUT_FILENO);
+  standardOutput = buffer;
+  std::cout.rdbuf(buffer);
 }
 
 std::optional<int> checkStandardOutput() {
