@@ -192,39 +192,55 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
         return it->second;
       };
       const Value reportName = fittedText(0, kReportName);
+      std::unordered_map<std::string, Value> times;
+      std::unordered_map<std::string, long> employeeRows;  // by KEY_ID as the audit rows spell it
 
       rsData.reserve(drv.recordCount());
+      // Rows are read and written by number: the cursor's checks and the
+      // Values get() builds cost more than the rest of a row.
       for (drv.moveFirst(); !drv.eof(); drv.moveNext()) {
-        const std::string rawEntity = drv.get(cEntity).text();
-        const std::string key = trim(drv.get(cKey).text());
-        const std::string user = trim(drv.get(cUser).text());
-        const std::string orig = trim(drv.get(cOrig).text());
-        actionCode = trim(drv.get(cAction).text());
-        Value time = drv.get(cTime);
-        if (!time.isNull() && !isDate(time)) time = Value::null();
-        const Captions& captioned = captionValues(rawEntity, drv.get(cField).text());
+        const long d = drv.currentRow();
+        const std::string key = trim(drv.textAt(d, cKey));
+        const std::string user = trim(drv.textAt(d, cUser));
+        const std::string orig = trim(drv.textAt(d, cOrig));
+        actionCode = trim(drv.textAt(d, cAction));
+        Value time = drv.at(d, cTime);
+        if (time.isText()) {
+          // "HH:MM:SS" texts repeat: each is read as a time once.
+          auto it = times.find(time.asText());
+          if (it == times.end()) {
+            it = times.emplace(time.asText(), isDate(time) ? Value(time.toDate()) : Value::null()).first;
+          }
+          time = it->second;
+        } else if (!time.isNull() && !isDate(time)) {
+          time = Value::null();
+        }
+        const Captions& captioned = captionValues(drv.textAt(d, cEntity), drv.textAt(d, cField));
         const std::array<Value, 4>& caption = captioned.values;
 
         rsData.addNew();
-        rsData.set(0, reportName);
-        rsData.set(1, caption[0]);
-        rsData.set(2, caption[1]);
-        rsData.set(3, fittedText(3, key));
-        rsData.set(4, caption[2]);
-        rsData.set(5, caption[3]);
-        rsData.set(6, drv.get(cDate));
-        rsData.set(7, std::move(time));
-        rsData.set(8, fittedText(8, user));
-        rsData.set(9, userNameValue(user));
-        rsData.set(10, fittedText(10, actionText(actionCode)));
-        rsData.set(11, fittedText(11, trim(drv.get(cWas).text())));
-        rsData.set(12, fittedText(12, trim(drv.get(cData).text())));
-        rsData.set(13, fittedText(13, orig));
-        rsData.set(14, fittedText(14, lookups_.originalDescription(captioned.entity, key, orig)));
-        const long e = lookups_.employeeRow(key);
+        const long r = rsData.currentRow();
+        rsData.setAt(r, 0, reportName);
+        rsData.setAt(r, 1, caption[0]);
+        rsData.setAt(r, 2, caption[1]);
+        rsData.setAt(r, 3, fittedText(3, key));
+        rsData.setAt(r, 4, caption[2]);
+        rsData.setAt(r, 5, caption[3]);
+        rsData.setAt(r, 6, drv.at(d, cDate));
+        rsData.setAt(r, 7, std::move(time));
+        rsData.setAt(r, 8, fittedText(8, user));
+        rsData.setAt(r, 9, userNameValue(user));
+        rsData.setAt(r, 10, fittedText(10, actionText(actionCode)));
+        rsData.setAt(r, 11, fittedText(11, trim(drv.textAt(d, cWas))));
+        rsData.setAt(r, 12, fittedText(12, trim(drv.textAt(d, cData))));
+        rsData.setAt(r, 13, fittedText(13, orig));
+        rsData.setAt(r, 14, fittedText(14, lookups_.originalDescription(captioned.entity, key, orig)));
+        auto known = employeeRows.find(key);
+        if (known == employeeRows.end()) known = employeeRows.emplace(key, lookups_.employeeRow(key)).first;
+        const long e = known->second;
         if (e < 0) continue;  // no employee: the EMP_ fields stay empty
         const std::vector<Value>& values = employeeValues(e);
-        for (size_t i = 0; i < values.size(); ++i) rsData.set(static_cast<int>(kFirstEmployeeField + i), values[i]);
+        for (size_t i = 0; i < values.size(); ++i) rsData.setAt(r, static_cast<int>(kFirstEmployeeField + i), values[i]);
       }
       rsData.moveFirst();
       result = true;
