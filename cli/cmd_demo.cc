@@ -26,6 +26,7 @@ struct DemoArgs {
   int employees = 5000;
   int companies = 2;
   uint64_t seed = 1;
+  long auditRows = -1;
   std::string asOf;
   bool replace = false;
   bool ifMissing = false;
@@ -72,6 +73,9 @@ void setup(CLI::App& app, CliContext& context) {
       ->check(CLI::Range(1, 10000000));
   demo->add_option("--companies", args->companies, "companies, ORV01, ORV02, ... (default 2)")->check(CLI::Range(1, 99));
   demo->add_option("--seed", args->seed, "seed of the generator (default 1)");
+  demo->add_option("--audit-rows", args->auditRows,
+                   "audit trail rows (ADMAUDIT) in all companies (default: half the employees, at least 50 a company)")
+      ->check(CLI::Range(0L, 100000000L));
   demo->add_option("--as-of", args->asOf, "the date the data is as of, DD/MM/YYYY or YYYY-MM-DD (default today)");
   demo->add_flag("--replace", args->replace,
                  "drop an existing HR schema first (an SQLite file is replaced whole)");
@@ -84,6 +88,7 @@ void setup(CLI::App& app, CliContext& context) {
     options.employees = args->employees;
     options.companies = args->companies;
     options.seed = args->seed;
+    options.auditRows = args->auditRows;
     options.replace = args->replace;
     if (!args->asOf.empty()) {
       std::optional<DateTime> day = parseDate(args->asOf);

@@ -169,9 +169,12 @@ DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options)
   for (int c = 0; c < options.companies; ++c) {
     int share = options.employees / options.companies + (c < options.employees % options.companies ? 1 : 0);
     companies.push_back(demo::generateCompany(ctx, c, share));
-    const demo::Company& co = companies.back();
+    demo::Company& co = companies.back();
+    co.auditRows = options.auditRows < 0
+                       ? std::max<long>(50, static_cast<long>(share) / 2)
+                       : options.auditRows / options.companies + (c < options.auditRows % options.companies ? 1 : 0);
     estimate += 11.5 * static_cast<double>(co.employees.size()) + 3.0 * static_cast<double>(co.posts.size()) +
-                static_cast<double>(co.absences.size()) + 6000;
+                static_cast<double>(co.absences.size()) + static_cast<double>(co.auditRows) + 6000;
   }
 
   DemoReport report;

@@ -47,6 +47,9 @@ struct DemoOptions {
   int employees = 5000;  // in all companies together
   int companies = 2;
   uint64_t seed = 1;
+  // ADMAUDIT rows in all companies together, shared out like the
+  // employees; -1: 50 per company or half its employees, whichever is more.
+  long auditRows = -1;
   // The day the data is "as of" (current posts, open absences, the current
   // pay period); the process clock's today when not given.
   std::optional<DateTime> asOf;

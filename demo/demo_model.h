@@ -79,6 +79,7 @@ struct Company {
   std::vector<Post> posts;
   std::vector<Absence> absences;
   std::vector<int> managers;  // employee indexes; PNLMAN code "M" + position
+  long auditRows = 0;         // ADMAUDIT rows, SEQ_ID 1..auditRows
 };
 
 // Shared facts of one generation run.

@@ -889,8 +889,6 @@ void writeRecruitment(Writer& w, const Context& ctx, const Company& co) {
 
 }  // namespace
 
-long auditRowCount(const Company& co) { return std::max<long>(50, static_cast<long>(co.employees.size()) / 2); }
-
 void writePeopleTables(Writer& w, const Context& ctx, const Company& co, DemoDefects& defects) {
   writeEmployees(w, ctx, co, defects);
   writeExtensions(w, ctx, co);

@@ -164,7 +164,10 @@ int64_t roundToInt64(double d) {
 
 Value coerce(Value v, int type) {
   if (v.isNull() || type == ado::adVariant || type == ado::adEmpty) return v;
-  if (ado::isTextType(type)) return v.isText() ? v : Value(v.text());
+  if (ado::isTextType(type)) {
+    if (v.isText()) return v;  // moved, not copied
+    return Value(v.text());
+  }
   if (v.isEmpty() || (v.isText() && trim(v.asText()).empty())) return Value::null();
   try {
     switch (type) {

@@ -1,5 +1,8 @@
 #include "reports/audit_data/audit_data.h"
 
+#include <array>
+#include <unordered_map>
+
 #include "component/class_registry.h"
 #include "data/data_functions.h"
 #include "data/dialect_functions.h"
@@ -134,60 +137,110 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
                 cTime = drv.fieldIndex("AUD_TIME"), cUser = drv.fieldIndex("USER_ID"),
                 cAction = drv.fieldIndex("AUD_ACTION"), cData = drv.fieldIndex("AUD_DATA"),
                 cWas = drv.fieldIndex("AUD_WAS"), cOrig = drv.fieldIndex("ORIG_SEQ_ID");
-      rsData.reserve(drv.recordCount());
-      int column = 0;
-      auto text = [&](std::string value) {
-        rsData.set(column, Value(fitted(value, fields[static_cast<size_t>(column)].size)));
-        ++column;
+      auto fittedText = [&](size_t column, const std::string& value) {
+        return Value(fitted(value, fields[column].size));
       };
-      auto value = [&](Value v) { rsData.set(column++, std::move(v)); };
+      // What depends on the employee alone (the 17 EMP_ fields from
+      // column kFirstEmployeeField on) is made once per employee; a million
+      // audit rows name a few thousand employees.
+      constexpr size_t kFirstEmployeeField = 15;
+      std::vector<std::vector<Value>> employeeFields(static_cast<size_t>(emp.isOpen() ? emp.rowCount() : 0));
+      auto employeeValues = [&](long e) -> const std::vector<Value>& {
+        std::vector<Value>& values = employeeFields[static_cast<size_t>(e)];
+        if (!values.empty()) return values;
+        auto empText = [&](int c) { return trim(emp.textAt(e, c)); };
+        auto add = [&](const std::string& text) { values.push_back(fittedText(kFirstEmployeeField + values.size(), text)); };
+        add(empText(1));
+        add(lookups_.department(empText(1)));
+        add(empText(2));
+        add(lookups_.location(empText(2)));
+        add(empText(3));
+        add(empText(4));
+        add(empText(5));
+        add(empText(6));
+        values.push_back(emp.at(e, 7));
+        values.push_back(emp.at(e, 8));
+        values.push_back(emp.at(e, 9));
+        add(empText(10));
+        values.push_back(emp.at(e, 11));
+        add(empText(12));
+        add(lookups_.category(empText(12)));
+        add(empText(13));
+        add(lookups_.payTemplate(empText(13)));
+        return values;
+      };
+      // Entity, its caption, field and its caption (columns 1, 2, 4 and
+      // 5), once per table and column as the audit rows spell them.
+      struct Captions {
+        std::string entity;
+        std::array<Value, 4> values;
+      };
+      std::unordered_map<std::string, Captions> captions;
+      auto captionValues = [&](const std::string& rawEntity, const std::string& rawField) -> const Captions& {
+        std::string key = rawEntity + '\x1f' + rawField;
+        auto it = captions.find(key);
+        if (it != captions.end()) return it->second;
+        const std::string entity = upperTrim(rawEntity), field = upperTrim(rawField);
+        std::array<Value, 4> values = {fittedText(1, entity), fittedText(2, lookups_.entityCaption(entity)),
+                                       fittedText(4, field), fittedText(5, lookups_.fieldCaption(entity, field))};
+        return captions.emplace(std::move(key), Captions{entity, std::move(values)}).first->second;
+      };
+      std::unordered_map<std::string, Value> userNames;
+      auto userNameValue = [&](const std::string& user) -> const Value& {
+        auto it = userNames.find(user);
+        if (it == userNames.end()) it = userNames.emplace(user, fittedText(9, lookups_.userName(user))).first;
+        return it->second;
+      };
+      const Value reportName = fittedText(0, kReportName);
+      std::unordered_map<std::string, Value> times;
+      std::unordered_map<std::string, long> employeeRows;  // by KEY_ID as the audit rows spell it
+
+      rsData.reserve(drv.recordCount());
+      // Rows are read and written by number: the cursor's checks and the
+      // Values get() builds cost more than the rest of a row.
       for (drv.moveFirst(); !drv.eof(); drv.moveNext()) {
-        const std::string entity = upperTrim(drv.get(cEntity).text());
-        const std::string key = trim(drv.get(cKey).text());
-        const std::string field = upperTrim(drv.get(cField).text());
-        const std::string user = trim(drv.get(cUser).text());
-        const std::string orig = trim(drv.get(cOrig).text());
-        actionCode = trim(drv.get(cAction).text());
-        Value time = drv.get(cTime);
-        if (!time.isNull() && !isDate(time)) time = Value::null();
+        const long d = drv.currentRow();
+        const std::string key = trim(drv.textAt(d, cKey));
+        const std::string user = trim(drv.textAt(d, cUser));
+        const std::string orig = trim(drv.textAt(d, cOrig));
+        actionCode = trim(drv.textAt(d, cAction));
+        Value time = drv.at(d, cTime);
+        if (time.isText()) {
+          // "HH:MM:SS" texts repeat: each is read as a time once.
+          auto it = times.find(time.asText());
+          if (it == times.end()) {
+            it = times.emplace(time.asText(), isDate(time) ? Value(time.toDate()) : Value::null()).first;
+          }
+          time = it->second;
+        } else if (!time.isNull() && !isDate(time)) {
+          time = Value::null();
+        }
+        const Captions& captioned = captionValues(drv.textAt(d, cEntity), drv.textAt(d, cField));
+        const std::array<Value, 4>& caption = captioned.values;
 
         rsData.addNew();
-        column = 0;
-        text(kReportName);
-        text(entity);
-        text(lookups_.entityCaption(entity));
-        text(key);
-        text(field);
-        text(lookups_.fieldCaption(entity, field));
-        value(drv.get(cDate));
-        value(std::move(time));
-        text(user);
-        text(lookups_.userName(user));
-        text(actionText(actionCode));
-        text(trim(drv.get(cWas).text()));
-        text(trim(drv.get(cData).text()));
-        text(orig);
-        text(lookups_.originalDescription(entity, key, orig));
-        const long e = lookups_.employeeRow(key);
+        const long r = rsData.currentRow();
+        rsData.setAt(r, 0, reportName);
+        rsData.setAt(r, 1, caption[0]);
+        rsData.setAt(r, 2, caption[1]);
+        rsData.setAt(r, 3, fittedText(3, key));
+        rsData.setAt(r, 4, caption[2]);
+        rsData.setAt(r, 5, caption[3]);
+        rsData.setAt(r, 6, drv.at(d, cDate));
+        rsData.setAt(r, 7, std::move(time));
+        rsData.setAt(r, 8, fittedText(8, user));
+        rsData.setAt(r, 9, userNameValue(user));
+        rsData.setAt(r, 10, fittedText(10, actionText(actionCode)));
+        rsData.setAt(r, 11, fittedText(11, trim(drv.textAt(d, cWas))));
+        rsData.setAt(r, 12, fittedText(12, trim(drv.textAt(d, cData))));
+        rsData.setAt(r, 13, fittedText(13, orig));
+        rsData.setAt(r, 14, fittedText(14, lookups_.originalDescription(captioned.entity, key, orig)));
+        auto known = employeeRows.find(key);
+        if (known == employeeRows.end()) known = employeeRows.emplace(key, lookups_.employeeRow(key)).first;
+        const long e = known->second;
         if (e < 0) continue;  // no employee: the EMP_ fields stay empty
-        auto empText = [&](int c) { return trim(emp.textAt(e, c)); };
-        text(empText(1));
-        text(lookups_.department(empText(1)));
-        text(empText(2));
-        text(lookups_.location(empText(2)));
-        text(empText(3));
-        text(empText(4));
-        text(empText(5));
-        text(empText(6));
-        value(emp.at(e, 7));
-        value(emp.at(e, 8));
-        value(emp.at(e, 9));
-        text(empText(10));
-        value(emp.at(e, 11));
-        text(empText(12));
-        text(lookups_.category(empText(12)));
-        text(empText(13));
-        text(lookups_.payTemplate(empText(13)));
+        const std::vector<Value>& values = employeeValues(e);
+        for (size_t i = 0; i < values.size(); ++i) rsData.setAt(r, static_cast<int>(kFirstEmployeeField + i), values[i]);
       }
       rsData.moveFirst();
       result = true;

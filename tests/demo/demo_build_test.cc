@@ -94,6 +94,46 @@ TEST(DemoBuild, AStoppedBuildIsRefusedUntilReplaced) {
   }
 }
 
+// The audit rows are shared out over the companies, each company's counter
+// follows its own rows, and a row does not depend on how many are written
+// (each is drawn from its own stream): the default rows are the first ones
+// of a larger trail.
+TEST(DemoBuild, AuditRowsFollowTheOption) {
+  auto rows = [](test::ScratchDatabase& db, const std::string& company) {
+    return scalar(*db.connect(), "select count(*) from ADMAUDIT where VARIATION_ID = '" + company + "'");
+  };
+  auto auditText = [](test::ScratchDatabase& db, long upTo) {
+    Recordset rs = db.connect()->query(
+        "select VARIATION_ID, SEQ_ID, USER_ID, AUD_DATE, AUD_TIME, ENTITY_ID, FIELD_ID, KEY_ID, AUD_ACTION, "
+        "AUD_DATA, AUD_WAS, ORIG_SEQ_ID from ADMAUDIT where SEQ_ID <= " + std::to_string(upTo) +
+        " order by VARIATION_ID, SEQ_ID");
+    std::string text;
+    for (long r = 0; r < rs.rowCount(); ++r) {
+      for (int c = 0; c < rs.fieldCount(); ++c) text += rs.textAt(r, c) + '|';
+      text += '\n';
+    }
+    return text;
+  };
+  test::ScratchDatabase standard(test::Engine::SQLite), larger(test::Engine::SQLite);
+  buildDemoDatabase(*standard.connect(), demoOptions(kSmall, 9));
+  DemoOptions options = demoOptions(kSmall, 9);
+  options.auditRows = 301;
+  DemoReport report = buildDemoDatabase(*larger.connect(), options);
+  EXPECT_EQ(report.rowsOf("ADMAUDIT"), 301);
+  EXPECT_EQ(rows(larger, "ORV01"), 151);
+  EXPECT_EQ(rows(larger, "ORV02"), 150);
+  EXPECT_EQ(scalar(*larger.connect(), "select cast(PARAM_VALUE as integer) from ADMCNTRL where "
+                                      "VARIATION_ID = 'ORV02' and PARAM_ID = 'AUDITSEQID'"),
+            150);
+  // kSmall employees in two companies: 50 rows each by default.
+  EXPECT_EQ(rows(standard, "ORV01"), 50);
+  EXPECT_EQ(auditText(standard, 50), auditText(larger, 50));
+
+  test::ScratchDatabase none(test::Engine::SQLite);
+  options.auditRows = 0;
+  EXPECT_EQ(buildDemoDatabase(*none.connect(), options).rowsOf("ADMAUDIT"), 0);
+}
+
 TEST(DemoBuild, ControlParametersFollowTheGettersKeyRules) {
   auto errors = installRecordingErrorComponent();
   for (const char* company : {"ORV01", "ORV02"}) {
