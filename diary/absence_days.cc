@@ -1,5 +1,7 @@
 #include "diary/absence_days.h"
 
+#include <vector>
+
 #include "component/errors/debug_log.h"
 #include "data/control.h"
 #include "data/hr_environment.h"
@@ -92,7 +94,15 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
       if (firstLetter(initialiseDatesList) != "N") clearDatesList();
     });
     std::string chkWpAmPm;
-    step(20, [&] { chkWpAmPm = upperTrim(gfncGetControlValue("", "ADM", "CHKWPAMPM")); });
+    step(20, [&] {
+      static const std::string kKey = "CONTROL\x1f" "ADM\x1f" "CHKWPAMPM";
+      if (const Value* v = patterns.remembered(kKey)) {
+        chkWpAmPm = v->text();
+      } else {
+        chkWpAmPm = upperTrim(gfncGetControlValue("", "ADM", "CHKWPAMPM"));
+        patterns.remember(kKey, Value(chkWpAmPm));
+      }
+    });
     step(30, [&] {
       whole = firstLetter(wholeDaysOnly);
       if (whole != "Y" && whole != "N") whole = dayType == "P" ? "Y" : "N";
@@ -255,12 +265,24 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
     std::optional<DateTime> first = diary::dateOf(std::string_view(from));
     if (!first || emp.empty()) return;
     std::string dayType;
-    step(30, [&] { dayType = gfncDiaryDayType(type); });
+    step(30, [&] {
+      // An absence type's day type, remembered by the run.
+      const std::string key = "DAY_TYPE\x1f" + type;
+      if (const Value* v = patterns.remembered(key)) {
+        dayType = v->text();
+      } else {
+        dayType = gfncDiaryDayType(type);
+        patterns.remember(key, Value(dayType));
+      }
+    });
     std::optional<DateTime> last = diary::dateOf(std::string_view(to));
     if (!last) last = first;
     if (*last < *first) return;
 
+    // The posts to count in: read ahead by the run, or one statement.
+    const bool ahead = patterns.postsAhead();
     step(40, [&] {
+      if (ahead) return;
       sql = "select * from PNLEMPHST " + diary::whereVariation() + " " + "and EMP_ID = '" + sqlQuote(emp) + "'";
       if (!seq.empty()) {
         sql += " and SEQ_ID = '" + sqlQuote(seq) + "'";
@@ -270,12 +292,18 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
       sql += " order by PNL_CAT_ID asc";
     });
     std::shared_ptr<const Recordset> posts;
+    const Recordset* history = nullptr;
     step(50, [&] {
       gsubDiarySetUp(patterns);
-      posts = patterns.rows(sql);
+      if (ahead) {
+        history = patterns.postHistory();
+      } else {
+        posts = patterns.rows(sql);
+        history = posts.get();
+      }
     });
     DiaryTrace* observer = patterns.trace();
-    if (!posts) {
+    if (history == nullptr) {
       // The posts cannot be read: the absence is counted once for the post given.
       step(60, [&] {
         double days = 0;
@@ -287,7 +315,7 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
       });
       return;
     }
-    const Recordset& rs = *posts;
+    const Recordset& rs = *history;
     const int catField = rs.fieldIndex("PNL_CAT_ID");
     const int seqField = rs.fieldIndex("SEQ_ID");
     const int hoursField = rs.fieldIndex("hours_per_week");
@@ -295,7 +323,24 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
     const int startField = rs.fieldIndex("START_DATE");
     const int endField = rs.fieldIndex("END_DATE");
     auto field = [&rs](long row, int index) { return index >= 0 ? rs.at(row, index) : Value(); };
-    for (long row = 0; row < rs.rowCount(); ++row) {
+    // The storage rows of the posts, in the statement's order.
+    std::vector<long> rows;
+    if (!ahead) {
+      rows.resize(static_cast<size_t>(rs.rowCount()));
+      for (long r = 0; r < rs.rowCount(); ++r) rows[static_cast<size_t>(r)] = r;
+    } else {
+      const int statusField = rs.fieldIndex("STATUS_ID");
+      for (long r : patterns.postRows(emp)) {
+        if (!seq.empty()) {
+          if (trim(field(r, seqField).text()) != seq) continue;
+        } else if (checkAllJobs != "Y") {
+          const std::string status = trim(field(r, statusField).text());
+          if (status != "R" && !(includeAbsentPosts && status == "A")) continue;
+        }
+        rows.push_back(r);
+      }
+    }
+    for (long row : rows) {
       step(70, [&] {
         catId = upperTrim(field(row, catField).text());
         seqId = upperTrim(field(row, seqField).text());

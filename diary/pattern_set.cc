@@ -207,6 +207,48 @@ const Value* PatternSet::remembered(const std::string& key) const {
   return it == derived_.end() ? nullptr : &it->second;
 }
 
+void PatternSet::readPostsAhead(bool on) {
+  postsAhead_ = on;
+  if (!on) {
+    postsRead_ = false;
+    posts_.reset();
+    postsByEmployee_.clear();
+  }
+}
+
+const Recordset* PatternSet::postHistory() {
+  if (!postsAhead_) return nullptr;
+  if (!postsRead_) {
+    postsRead_ = true;
+    auto rs = std::make_unique<Recordset>();
+    // The same rows as the per-employee statements, each employee's in the
+    // order those statements ask for.
+    if (!gfncOpenRecordset("select * from PNLEMPHST " + diary::whereVariation() + " order by EMP_ID, PNL_CAT_ID",
+                           *rs)) {
+      return nullptr;
+    }
+    postFields_.seq = rs->fieldIndex("SEQ_ID");
+    postFields_.category = rs->fieldIndex("PNL_CAT_ID");
+    postFields_.status = rs->fieldIndex("STATUS_ID");
+    postFields_.hours = rs->fieldIndex("HOURS_PER_WEEK");
+    postFields_.wpStart = rs->fieldIndex("WP_START_DATE");
+    postFields_.start = rs->fieldIndex("START_DATE");
+    postFields_.end = rs->fieldIndex("END_DATE");
+    const int emp = rs->fieldIndex("EMP_ID");
+    postsByEmployee_.reserve(static_cast<size_t>(rs->rowCount()));
+    for (long r = 0; r < rs->rowCount(); ++r) postsByEmployee_[trim(fieldAt(*rs, r, emp).text())].push_back(r);
+    posts_ = std::move(rs);
+  }
+  return posts_.get();
+}
+
+const std::vector<long>& PatternSet::postRows(std::string_view employee) {
+  static const std::vector<long> kNone;
+  if (postHistory() == nullptr) return kNone;
+  auto it = postsByEmployee_.find(std::string(employee));
+  return it == postsByEmployee_.end() ? kNone : it->second;
+}
+
 void PatternSet::remember(const std::string& key, Value value) {
   if (cacheStatements_) derived_[key] = std::move(value);
 }

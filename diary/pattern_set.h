@@ -21,6 +21,15 @@
 // touches. setStatementCache(false) turns all of it off. Keys compare
 // trimmed and upper-cased, as the original's recordset filters did.
 //
+// A run that counts the absences of many employees reads the posts
+// (PNLEMPHST) ahead instead: readPostsAhead(true) makes the first post
+// lookup read the company's whole table once, in employee and category
+// order, and every later lookup of an employee's posts (the posts of an
+// absence, a post's category, weekly hours and rotation anchor) is answered
+// from a hash index of it. The rows and their order are those of the
+// per-employee statements, which stay the reference (and the path taken
+// while reading ahead is off, as for a single count).
+//
 // Owns its recordsets and indexes; not thread-safe (one run, one thread).
 #pragma once
 
@@ -103,6 +112,21 @@ class PatternSet {
   const Value* remembered(const std::string& key) const;
   void remember(const std::string& key, Value value);
 
+  // ---- Posts read ahead ----
+  void readPostsAhead(bool on);
+  bool postsAhead() const { return postsAhead_; }
+  // The company's PNLEMPHST rows, read on first call; nullptr when reading
+  // ahead is off or the table cannot be read.
+  const Recordset* postHistory();
+  // The storage rows of an employee's posts (EMP_ID as trimmed text), in
+  // category order; empty when the employee has none.
+  const std::vector<long>& postRows(std::string_view employee);
+  // The field positions of the columns the diary reads (-1 when missing).
+  struct PostFields {
+    int seq = -1, category = -1, status = -1, hours = -1, wpStart = -1, start = -1, end = -1;
+  };
+  const PostFields& postFields() const { return postFields_; }
+
   // ---- Explanation hook ----
   DiaryTrace* trace() const { return trace_; }
   void setTrace(DiaryTrace* trace) { trace_ = trace; }
@@ -120,6 +144,12 @@ class PatternSet {
   std::unordered_map<std::string, std::shared_ptr<const Recordset>> statements_;
   std::unordered_map<std::string, Value> derived_;
   DiaryTrace* trace_ = nullptr;
+
+  bool postsAhead_ = false;
+  bool postsRead_ = false;
+  std::unique_ptr<Recordset> posts_;
+  PostFields postFields_;
+  std::unordered_map<std::string, std::vector<long>> postsByEmployee_;
 };
 
 }  // namespace orvalis

@@ -42,6 +42,24 @@ Value rememberedFirstValue(const std::string& key, MakeSql makeSql, PatternSet* 
   return v;
 }
 
+// The first of the employee's posts read ahead with this SEQ_ID (and, when
+// given, this PNL_CAT_ID), as the per-post statements compare them; nullopt
+// when the run does not read ahead (or cannot), so that the statement is run.
+std::optional<Value> aheadValue(const std::string& employee, const std::string& post, const std::string* category,
+                                int PatternSet::PostFields::*column, PatternSet* run) {
+  if (run == nullptr || !run->postsAhead() || employee.empty()) return std::nullopt;
+  const Recordset* rs = run->postHistory();
+  if (rs == nullptr) return std::nullopt;
+  const PatternSet::PostFields& f = run->postFields();
+  const int field = f.*column;
+  for (long row : run->postRows(employee)) {
+    if (f.seq < 0 || trim(rs->at(row, f.seq).text()) != post) continue;
+    if (category != nullptr && (f.category < 0 || trim(rs->at(row, f.category).text()) != *category)) continue;
+    return field >= 0 ? rs->at(row, field) : Value();
+  }
+  return Value();
+}
+
 std::string memoKey(const char* what, const std::string& a, const std::string& b, const std::string& c = "") {
   std::string key(what);
   key += '\x1f';
@@ -56,6 +74,9 @@ std::string memoKey(const char* what, const std::string& a, const std::string& b
 }  // namespace
 
 std::string postCategory(const std::string& employee, const std::string& post, PatternSet* run) {
+  if (auto v = aheadValue(employee, post, nullptr, &PatternSet::PostFields::category, run)) {
+    return upperTrim(v->text());
+  }
   return upperTrim(rememberedFirstValue(
                   memoKey("PNL_CAT_ID", employee, post),
                   [&] {
@@ -68,6 +89,7 @@ std::string postCategory(const std::string& employee, const std::string& post, P
 
 
 std::optional<double> postHoursPerWeek(const std::string& employee, const std::string& post, PatternSet* run) {
+  if (auto v = aheadValue(employee, post, nullptr, &PatternSet::PostFields::hours, run)) return numberOf(*v);
   return numberOf(rememberedFirstValue(
       memoKey("HOURS_PER_WEEK", employee, post),
       [&] {
@@ -79,6 +101,7 @@ std::optional<double> postHoursPerWeek(const std::string& employee, const std::s
 
 Value postPatternStart(const std::string& employee, const std::string& post, const std::string& category,
                        PatternSet* run) {
+  if (auto v = aheadValue(employee, post, &category, &PatternSet::PostFields::wpStart, run)) return *v;
   return rememberedFirstValue(
       memoKey("WP_START_DATE", employee, post, category),
       [&] {

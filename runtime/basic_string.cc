@@ -8,7 +8,13 @@
 namespace orvalis {
 
 namespace {
-char upper(char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); }
+// ASCII letters directly (the diary upper-cases keys for every half day);
+// other bytes as the C library says.
+char upper(char c) {
+  if (c >= 'a' && c <= 'z') return static_cast<char>(c - ('a' - 'A'));
+  if (static_cast<unsigned char>(c) < 0x80) return c;
+  return static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+}
 char lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
 
 size_t findFrom(std::string_view s, std::string_view find, size_t from, Compare cmp) {

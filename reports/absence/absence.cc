@@ -145,7 +145,12 @@ double Absence::recount(const Recordset& drv, long row, double stored) {
   const std::string type = trim(drv.textAt(row, cType));
   auto whole = wholeDays_.find(type);
   if (whole == wholeDays_.end()) whole = wholeDays_.emplace(type, gfncWholeDaysAbsence(type)).first;
-  if (!patterns_) patterns_ = std::make_unique<PatternSet>();
+  if (!patterns_) {
+    patterns_ = std::make_unique<PatternSet>();
+    // A listing of many employees reads their posts once; one employee's
+    // absences are counted with that employee's own statements.
+    patterns_->readPostsAhead(params_.empId.empty());
+  }
   double hours = 0;
   return gfncDiaryNoOfDays(trim(drv.textAt(row, cEmp)), from->house(), trim(drv.textAt(row, cStartTime)),
                            to.house(), trim(drv.textAt(row, cEndTime)), type, trim(drv.textAt(row, cPost)), hours,

@@ -1,0 +1,130 @@
+// The three ways a run reads the posts (one statement per absence, the
+// run's statement cache, the whole table read ahead) count every absence
+// of a demo database alike, on SQLite and PostgreSQL.
+
+#include <gtest/gtest.h>
+
+#include <tuple>
+#include <vector>
+
+#include "component/errors/recording_error_component.h"
+#include "data/control.h"
+#include "data/data_functions.h"
+#include "data/hr_environment.h"
+#include "data/standalone_environment.h"
+#include "demo/demo_database.h"
+#include "diary/diary.h"
+#include "runtime/basic_string.h"
+#include "support/databases.h"
+#include "support/test_environment.h"
+
+namespace orvalis::testing {
+namespace {
+
+enum class Reads { Statements, StatementCache, Ahead };
+
+class PostsAhead : public ::testing::TestWithParam<test::Engine> {
+ protected:
+  void SetUp() override {
+    db_ = std::make_unique<test::ScratchDatabase>(GetParam());
+    {
+      auto connection = db_->connect();
+      DemoOptions options;
+      options.employees = 80;
+      options.companies = 1;
+      options.asOf = *DateTime::fromParts(2025, 6, 30);
+      buildDemoDatabase(*connection, options);
+    }
+    env_ = test::installEnvironment(db_->url());
+    errors_ = installRecordingErrorComponent();
+    clearControlCache();
+    Recordset rs;
+    ASSERT_TRUE(gfncOpenRecordset("select EMP_ID, START_DATE, START_TIME, END_DATE, END_TIME, TYPE_ID, "
+                                  "POST_SEQ_ID from PNLEMPABS order by EMP_ID, SEQ_ID",
+                                  rs));
+    for (long r = 0; r < rs.rowCount(); ++r) {
+      Absence a;
+      for (int f = 0; f < 7; ++f) {
+        const Value v = rs.at(r, f);
+        a.fields[f] = v.isDate() ? v.asDate().house() : trim(v.text());
+      }
+      // Open-ended absences are counted to a fixed date.
+      if (a.fields[3].empty()) a.fields[3] = "31/12/2025";
+      absences_.push_back(a);
+    }
+  }
+  void TearDown() override {
+    EXPECT_TRUE(errors_->errors().empty()) << errors_->errors()[0].description;
+    HREnvironment::set(nullptr);
+    env_.reset();
+    db_.reset();
+    setErrorComponentFactory(nullptr);
+  }
+
+  struct Absence {
+    std::string fields[7];  // employee, from, from half, to, to half, type, post
+  };
+
+  // Days and hours of every absence: with its own post and over all posts,
+  // current posts alone and with absent ones.
+  std::vector<std::tuple<double, double>> counts(Reads reads) {
+    PatternSet patterns;
+    patterns.setStatementCache(reads != Reads::Statements);
+    patterns.readPostsAhead(reads == Reads::Ahead);
+    std::vector<std::tuple<double, double>> out;
+    for (const Absence& a : absences_) {
+      for (int variant = 0; variant < 3; ++variant) {
+        double hours = 0;
+        const std::string post = variant == 0 ? a.fields[6] : "";
+        double days = gfncDiaryNoOfDays(a.fields[0], a.fields[1], a.fields[2], a.fields[3], a.fields[4],
+                                        a.fields[5], post, hours, "", "", patterns, "", variant == 2);
+        out.emplace_back(days, hours);
+      }
+    }
+    return out;
+  }
+
+  std::unique_ptr<test::ScratchDatabase> db_;
+  std::shared_ptr<StandaloneEnvironment> env_;
+  std::shared_ptr<ErrorRecorder> errors_;
+  std::vector<Absence> absences_;
+};
+
+TEST_P(PostsAhead, EveryReadCountsTheSame) {
+  ASSERT_GT(absences_.size(), 300u);
+  const auto reference = counts(Reads::Statements);
+  EXPECT_EQ(reference, counts(Reads::StatementCache));
+  EXPECT_EQ(reference, counts(Reads::Ahead));
+  // The data exercises the posts: something is counted, and the absent
+  // posts add days somewhere.
+  double all = 0;
+  double withAbsent = 0;
+  for (size_t i = 0; i < reference.size(); i += 3) {
+    all += std::get<0>(reference[i + 1]);
+    withAbsent += std::get<0>(reference[i + 2]);
+  }
+  EXPECT_GT(all, 500);
+  EXPECT_GE(withAbsent, all);
+}
+
+TEST_P(PostsAhead, AnEmployeeWithoutPostsCountsNothing) {
+  PatternSet patterns;
+  patterns.readPostsAhead(true);
+  double hours = 0;
+  // No posts read ahead for the employee: nothing counted, as with the
+  // statement.
+  EXPECT_EQ(0, gfncDiaryNoOfDays("NOBODY", "02/06/2025", "AM", "08/06/2025", "PM", "P", "", hours, "", "",
+                                 patterns, "Y"));
+  PatternSet reference;
+  EXPECT_EQ(0, gfncDiaryNoOfDays("NOBODY", "02/06/2025", "AM", "08/06/2025", "PM", "P", "", hours, "", "",
+                                 reference, "Y"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, PostsAhead,
+                         ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL),
+                         [](const ::testing::TestParamInfo<test::Engine>& info) {
+                           return std::string(test::engineName(info.param));
+                         });
+
+}  // namespace
+}  // namespace orvalis::testing
