@@ -12,7 +12,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "component/recording_error_component.h"
+#include "component/errors/recording_error_component.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"
 #include "fuzz_input.h"
