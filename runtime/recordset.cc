@@ -339,6 +339,40 @@ std::string Recordset::textAt(long row, int index) const {
   return impl_->cells.textOfCell(impl_->cells.cell(row, index));
 }
 
+std::string_view Recordset::textViewAt(long row, int index, std::string& scratch) const {
+  field(index);
+  checkRow(row, impl_->rows());
+  const Cell& c = impl_->cells.cell(row, index);
+  if (isText(kindOf(c))) return impl_->cells.textOf(c);
+  scratch = impl_->cells.valueOf(c).text();
+  return scratch;
+}
+
+void Recordset::setTextAt(long row, int index, std::string_view text) {
+  const FieldDef& f = field(index);
+  checkRow(row, impl_->rows());
+  if (ado::isTextType(f.type)) {
+    impl_->cells.setText(row, index, text);
+  } else {
+    impl_->cells.set(row, index, coerce(Value(text), f.type));
+  }
+}
+
+void Recordset::copyAt(long row, int index, const Recordset& from, long fromRow, int fromIndex) {
+  const FieldDef& f = field(index);
+  checkRow(row, impl_->rows());
+  from.field(fromIndex);
+  checkRow(fromRow, from.impl_->rows());
+  const Cell& c = from.impl_->cells.cell(fromRow, fromIndex);
+  const CellKind k = kindOf(c);
+  // Null stays Null in any field; text stays text in a text field.
+  if (k == CellKind::Null || (isText(k) && ado::isTextType(f.type))) {
+    impl_->cells.copyTextOrNull(row, index, from.impl_->cells, c);
+  } else {
+    impl_->cells.set(row, index, coerce(from.impl_->cells.valueOf(c), f.type));
+  }
+}
+
 bool Recordset::isNullAt(long row, int index) const {
   field(index);
   checkRow(row, impl_->rows());

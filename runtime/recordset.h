@@ -114,7 +114,16 @@ class Recordset {
   void setAt(long row, int index, Value v);
   // at(row, index).text() without building a Value (for keys and lookups).
   std::string textAt(long row, int index) const;
+  // textAt without a copy: a text cell's bytes in place (valid until the
+  // row is next written), any other cell's text in `scratch`.
+  std::string_view textViewAt(long row, int index, std::string& scratch) const;
   bool isNullAt(long row, int index) const;
+  // setAt(row, index, Value(text)) without building a Value when the field
+  // holds text (the bulk path of the drivers).
+  void setTextAt(long row, int index, std::string_view text);
+  // setAt(row, index, from.at(fromRow, fromIndex)), without building a
+  // Value when a text or Null cell goes to a text field.
+  void copyAt(long row, int index, const Recordset& from, long fromRow, int fromIndex);
   // Storage row number of the cursor's row, or -1.
   long currentRow() const;
   // Moves the cursor to a storage row (which must be visible).

@@ -84,6 +84,10 @@ void CellStore::set(long row, int index, const Value& v) {
 }
 
 void CellStore::put(Cell& c, const Value& v) {
+  if (v.isText()) {
+    putText(c, v.asText());
+    return;
+  }
   if (kindOf(c) == CellKind::LongText) arena_.release(load<uint32_t>(c, 4));
   Cell n;
   switch (v.kind()) {
@@ -111,22 +115,47 @@ void CellStore::put(Cell& c, const Value& v) {
       store<int32_t>(n, 12, d.secondsOfDay());
       break;
     }
-    case Value::Kind::Text: {
-      const std::string& s = v.asText();
-      if (s.size() <= kShortText) {
-        n.b[0] = static_cast<unsigned char>(CellKind::ShortText);
-        n.b[1] = static_cast<unsigned char>(s.size());
-        std::memcpy(n.b + 2, s.data(), s.size());
-      } else {
-        if (s.size() > std::numeric_limits<uint32_t>::max()) raiseOverflow(kSource);
-        n.b[0] = static_cast<unsigned char>(CellKind::LongText);
-        store<uint32_t>(n, 4, static_cast<uint32_t>(s.size()));
-        store<uint64_t>(n, 8, arena_.add(s));
-      }
-      break;
-    }
+    case Value::Kind::Text:
+      break;  // above
   }
   c = n;
+}
+
+void CellStore::putText(Cell& c, std::string_view s) {
+  if (kindOf(c) == CellKind::LongText) arena_.release(load<uint32_t>(c, 4));
+  Cell n;
+  if (s.size() <= kShortText) {
+    n.b[0] = static_cast<unsigned char>(CellKind::ShortText);
+    n.b[1] = static_cast<unsigned char>(s.size());
+    std::memcpy(n.b + 2, s.data(), s.size());
+  } else {
+    if (s.size() > std::numeric_limits<uint32_t>::max()) raiseOverflow(kSource);
+    n.b[0] = static_cast<unsigned char>(CellKind::LongText);
+    store<uint32_t>(n, 4, static_cast<uint32_t>(s.size()));
+    store<uint64_t>(n, 8, arena_.add(s));
+  }
+  c = n;
+}
+
+void CellStore::setText(long row, int index, std::string_view text) {
+  putText(cell(row, index), text);
+  compactArenaIfWasteful();
+}
+
+void CellStore::copyTextOrNull(long row, int index, const CellStore& from, const Cell& c) {
+  if (isText(kindOf(c))) {
+    // The source may be this store, whose arena may move as it grows.
+    if (&from == this && kindOf(c) == CellKind::LongText) {
+      set(row, index, Value(from.textOf(c)));
+      return;
+    }
+    setText(row, index, from.textOf(c));
+    return;
+  }
+  Cell& target = cell(row, index);
+  if (kindOf(target) == CellKind::LongText) arena_.release(load<uint32_t>(target, 4));
+  target = c;
+  compactArenaIfWasteful();
 }
 
 void CellStore::compactArenaIfWasteful() {

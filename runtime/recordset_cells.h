@@ -100,12 +100,17 @@ class CellStore {
   // Stores v (already of the field's type) in a cell; raises overflow (6)
   // for a date or text the cell cannot hold.
   void set(long row, int index, const Value& v);
+  // set() of a text value, without building one.
+  void setText(long row, int index, std::string_view text);
+  // Copies a Null or text cell of another store (the caller checks its kind).
+  void copyTextOrNull(long row, int index, const CellStore& from, const Cell& c);
 
   // Bytes held by the chunks and the arena.
   size_t memoryUsage() const;
 
  private:
   void put(Cell& c, const Value& v);
+  void putText(Cell& c, std::string_view s);
   void compactArenaIfWasteful();
 
   size_t width_ = 0;

@@ -1,5 +1,7 @@
 #include "runtime/row_index.h"
 
+#include <optional>
+
 #include "runtime/recordset.h"
 #include "runtime/recordset_detail.h"
 
@@ -9,6 +11,28 @@ using recordset_detail::equalNoCase;
 using recordset_detail::hashNoCase;
 using recordset_detail::raiseItemNotFound;
 using recordset_detail::trimView;
+
+namespace {
+
+// The number a key text is the plain decimal form of ("-" and digits, no
+// leading zero, no "-0"), if any: two such texts are equal exactly when
+// their numbers are.
+std::optional<int64_t> plainInteger(std::string_view s) {
+  bool negative = !s.empty() && s[0] == '-';
+  std::string_view digits = negative ? s.substr(1) : s;
+  if (digits.empty() || digits.size() > 18) return std::nullopt;
+  if (digits[0] == '0' && (digits.size() > 1 || negative)) return std::nullopt;
+  int64_t n = 0;
+  for (char c : digits) {
+    if (c < '0' || c > '9') return std::nullopt;
+    n = n * 10 + (c - '0');
+  }
+  return negative ? -n : n;
+}
+
+const std::vector<long> kNone;
+
+}  // namespace
 
 size_t RowIndex::NoCaseHash::operator()(std::string_view s) const { return hashNoCase(s); }
 
@@ -45,16 +69,29 @@ RowIndex::RowIndex(const Recordset& rs, const std::vector<std::string>& keyField
     if (it == rows_.end()) it = rows_.emplace(key, std::vector<long>()).first;
     it->second.push_back(row);
   }
+  if (cols.size() != 1 || rows_.empty()) return;
+  for (const auto& entry : rows_) {
+    if (!plainInteger(entry.first)) return;
+  }
+  integers_.reserve(rows_.size());
+  for (auto& [text, rows] : rows_) integers_.emplace(*plainInteger(text), std::move(rows));
+  rows_.clear();
+  integerKeys_ = true;
 }
 
 const std::vector<long>& RowIndex::find(std::string_view key) const {
-  static const std::vector<long> kNone;
+  if (integerKeys_) {
+    auto n = plainInteger(trimView(key));
+    if (!n) return kNone;
+    auto it = integers_.find(*n);
+    return it == integers_.end() ? kNone : it->second;
+  }
   auto it = rows_.find(trimView(key));
   return it == rows_.end() ? kNone : it->second;
 }
 
 const std::vector<long>& RowIndex::find(const std::vector<std::string>& keyParts) const {
-  static const std::vector<long> kNone;
+  if (integerKeys_) return find(std::string_view(makeKey(keyParts)));
   auto it = rows_.find(std::string_view(makeKey(keyParts)));
   return it == rows_.end() ? kNone : it->second;
 }
@@ -62,6 +99,11 @@ const std::vector<long>& RowIndex::find(const std::vector<std::string>& keyParts
 long RowIndex::first(std::string_view key) const {
   const auto& rows = find(key);
   return rows.empty() ? -1 : rows.front();
+}
+
+long RowIndex::first(const Recordset& rs, long row, int index) const {
+  thread_local std::string scratch;
+  return first(rs.textViewAt(row, index, scratch));
 }
 
 }  // namespace orvalis

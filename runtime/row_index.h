@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -20,7 +21,9 @@ class Recordset;
 // code" lookups. Keys compare as the trimmed text of the values joined by
 // '\x1f', without regard to case (as the ADO filter they replace did). The
 // index refers to storage rows and skips deleted ones; it does not follow
-// later edits. Probing with a single key does not allocate.
+// later edits. Probing with a single key does not allocate. When every key
+// is an integer in its plain decimal form (the usual sequence ids) the index
+// holds numbers instead of texts: the same answers, found faster.
 class RowIndex {
  public:
   RowIndex() = default;
@@ -31,7 +34,9 @@ class RowIndex {
   const std::vector<long>& find(const std::vector<std::string>& keyParts) const;
   // First row with this key, or -1.
   long first(std::string_view key) const;
-  size_t size() const { return rows_.size(); }
+  // first() of the key in a cell of another recordset, without a copy.
+  long first(const Recordset& rs, long row, int index) const;
+  size_t size() const { return integerKeys_ ? integers_.size() : rows_.size(); }
 
   static std::string makeKey(const std::vector<std::string>& parts);
 
@@ -46,6 +51,9 @@ class RowIndex {
     bool operator()(std::string_view a, std::string_view b) const;
   };
   std::unordered_map<std::string, std::vector<long>, NoCaseHash, NoCaseEqual> rows_;
+  // With integer keys, these instead of rows_.
+  bool integerKeys_ = false;
+  std::unordered_map<int64_t, std::vector<long>> integers_;
 };
 
 }  // namespace orvalis

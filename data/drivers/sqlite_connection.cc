@@ -145,9 +145,23 @@ class SqliteConnection final : public Connection {
     for (const Column& c : columns) rs.appendField(c.field);
     rs.open();
     const RowSource row = rowSource(db_.get(), st.get());
+    // Text bound for a text field goes straight into its cell.
+    std::vector<char> textField(static_cast<size_t>(n));
+    for (int i = 0; i < n; ++i) {
+      const Column& c = columns[static_cast<size_t>(i)];
+      textField[static_cast<size_t>(i)] = c.kind != ColumnKind::Date && ado::isTextType(c.field.type);
+    }
     for (; rc == SQLITE_ROW; rc = sqlite3_step(st.get())) {
       rs.addNew();
+      const long at = rs.currentRow();
       for (int i = 0; i < n; ++i) {
+        const int storage = sqlite3_column_type(st.get(), i);
+        if (storage == SQLITE_NULL) continue;  // the new row holds Nulls
+        if (storage == SQLITE_TEXT && textField[static_cast<size_t>(i)]) {
+          const char* p = reinterpret_cast<const char*>(sqlite3_column_text(st.get(), i));
+          rs.setTextAt(at, i, std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(st.get(), i))));
+          continue;
+        }
         const Column& c = columns[static_cast<size_t>(i)];
         Value v = readValue(st.get(), i, c.kind);
         if (v.isNull()) continue;  // the new row holds Nulls

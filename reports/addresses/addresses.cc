@@ -133,16 +133,17 @@ bool Addresses::fncBaseLoop(const std::string& method, Recordset& rsData, Record
 
     step(4, [&] {
       const Value reportId(kReportId);
+      std::string scratch;
       rsData.reserve(rsQuery.recordCount());
       for (rsQuery.moveFirst(); !rsQuery.eof(); rsQuery.moveNext()) {
         const long row = rsQuery.currentRow();
         rsData.addNew();
         rsData.set(reportIdField, reportId);
         copier->copy(rsQuery, row, rsData);
-        const long employee = employeeIndex.first(trim(rsQuery.textAt(row, empColumn)));
+        const long employee = employeeIndex.first(rsQuery, row, empColumn);
         if (employee < 0) continue;
         for (size_t b = 0; b < std::size(kBlockPrefixes); ++b) {
-          subAddAddressDetails(rsData, blockFields[b], trim(employees.textAt(employee, idColumns[b])));
+          subAddAddressDetails(rsData, blockFields[b], trim(employees.textViewAt(employee, idColumns[b], scratch)));
         }
       }
       rsData.moveFirst();
@@ -156,7 +157,8 @@ void Addresses::subAddAddressDetails(Recordset& rsData, int firstField, std::str
   const long address = addressIndex_.first(addressId);
   if (address < 0) return;
   try {
-    for (int i = 0; i < kBlockSize; ++i) rsData.set(firstField + i, addresses_.at(address, i + 1));
+    const long row = rsData.currentRow();
+    for (int i = 0; i < kBlockSize; ++i) rsData.copyAt(row, firstField + i, addresses_, address, i + 1);
   } catch (...) {
     // The handler is set up only when a value fails, so the per-row cost
     // stays that of the copy; the block reads as if it had always been there.

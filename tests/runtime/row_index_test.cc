@@ -54,5 +54,62 @@ TEST(RowIndex, SkipsDeletedRowsAndRejectsUnknownFields) {
   EXPECT_TRUE(empty.find("FT").empty());
 }
 
+// Sequence ids held as numbers or as text answer as their text would:
+// "007" or "7.0" is not the key "7", and a probe from a cell finds the row.
+TEST(RowIndex, IntegerKeysMatchTheirPlainText) {
+  Recordset ids;
+  ids.appendField("SEQ_ID", ado::adBigInt, 8);
+  ids.appendField("TEXT_ID", ado::adVarChar, 10);
+  const std::pair<long long, const char*> rows[] = {{7, " 7"}, {-12, "-12"}, {7, "7 "}, {123456789012LL, "x"}};
+  for (const auto& [n, t] : rows) {
+    ids.addNew();
+    ids.set("SEQ_ID", Value(n));
+    ids.set("TEXT_ID", Value(t));
+  }
+  RowIndex bySeq(ids, {"SEQ_ID"});
+  EXPECT_EQ(bySeq.size(), 3u);
+  EXPECT_EQ(bySeq.find(" 7 "), (std::vector<long>{0, 2}));
+  EXPECT_EQ(bySeq.first("-12"), 1);
+  EXPECT_EQ(bySeq.first("123456789012"), 3);
+  for (const char* miss : {"007", "7.0", "-0", "", "x", "+7", "99999999999999999999"}) {
+    EXPECT_EQ(bySeq.first(miss), -1) << miss;
+  }
+  EXPECT_EQ(bySeq.first(ids, 1, 1), 1);  // the text "-12" finds the number -12
+  EXPECT_EQ(bySeq.first(ids, 3, 1), -1);
+
+  // A key that is no plain integer keeps the whole index on texts.
+  RowIndex byText(ids, {"TEXT_ID"});
+  EXPECT_EQ(byText.find("7"), (std::vector<long>{0, 2}));
+  EXPECT_EQ(byText.first("X"), 3);
+  EXPECT_EQ(byText.first(ids, 0, 0), 0);
+}
+
+// The copy-free writes store what set() would.
+TEST(RowIndex, DirectCellWritesMatchSet) {
+  Recordset from;
+  from.appendField("T", ado::adVarChar, 40);
+  from.addNew();
+  from.set("T", Value("a text longer than a cell holds"));
+  from.addNew();
+  from.set("T", Value("12"));
+  from.addNew();  // Null
+  Recordset to;
+  to.appendField("T", ado::adVarChar, 40);
+  to.appendField("N", ado::adInteger, 4);
+  for (long r = 0; r < 3; ++r) {
+    to.addNew();
+    to.setTextAt(r, 0, "old text long enough for the arena");
+    to.copyAt(r, 0, from, r, 0);
+  }
+  to.copyAt(1, 1, from, 1, 0);
+  std::string scratch;
+  EXPECT_EQ(to.textViewAt(0, 0, scratch), "a text longer than a cell holds");
+  EXPECT_EQ(to.at(1, 1), Value(12L));  // converted to the field's type
+  EXPECT_TRUE(to.at(2, 0).isNull());
+  EXPECT_THROW(to.copyAt(0, 1, from, 0, 0), Error);  // as set() would refuse it
+  to.setTextAt(2, 1, " 5 ");
+  EXPECT_EQ(to.textViewAt(2, 1, scratch), "5");
+}
+
 }  // namespace
 }  // namespace orvalis

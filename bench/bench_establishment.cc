@@ -1,0 +1,93 @@
+// Establishment report benchmark: the whole report (ExtractData with the
+// default dates and no query) on the SQLite demo databases of 5 000, 20 000
+// and 100 000 employees that bench_addresses builds (shared through
+// $ORVALIS_BENCH_DIR), against the sqlite3 shell running the same driving
+// statement and reading the employee and job-history rows the report reads.
+//
+//   build/bench/bench_establishment --benchmark_filter=/5000
+
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <map>
+
+#include "component/errors/recording_error_component.h"
+#include "data/hr_environment.h"
+#include "data/standalone_environment.h"
+#include "query/sql_builder.h"
+#include "reports/establishment/establishment.h"
+#include "reports/establishment/establishment_sql.h"
+#include "runtime/settings_file.h"
+#include "runtime/work_folder.h"
+#include "demo/demo_database.h"
+
+namespace orvalis {
+namespace {
+
+std::filesystem::path benchDir() {
+  const char* dir = std::getenv("ORVALIS_BENCH_DIR");
+  return dir && *dir ? std::filesystem::path(dir) : std::filesystem::temp_directory_path();
+}
+
+// The SQLite demo database of this size (built once, then reused).
+std::filesystem::path database(int employees) {
+  std::filesystem::path file = benchDir() / ("orvalis_bench_addresses_" + std::to_string(employees) + ".db");
+  if (!std::filesystem::exists(file)) {
+    std::cerr << "bench_establishment: building " << file << " ...\n";
+    DemoOptions o;
+    o.employees = employees;
+    o.companies = 1;
+    o.asOf = DateTime::fromParts(2024, 6, 30);
+    auto connection = openConnection("sqlite:" + file.string());
+    std::cerr << "bench_establishment: " << demoSummary(buildDemoDatabase(*connection, o)) << "\n";
+  }
+  return file;
+}
+
+std::shared_ptr<StandaloneEnvironment> install(const std::filesystem::path& file) {
+  const std::filesystem::path work = benchDir() / "orvalis_bench_establishment_work";
+  std::filesystem::create_directories(work);
+  setWorkFolder(work);
+  setSettingsPath(work / "HR.ini");
+  StandaloneConfig config;
+  config.hrUrl = "sqlite:" + file.string();
+  config.companyCode = "ORV01";
+  config.userCode = "ADMIN";
+  auto environment = std::make_shared<StandaloneEnvironment>(config);
+  HREnvironment::set(environment);
+  return environment;
+}
+
+void BM_Establishment_SQLite(benchmark::State& state) {
+  auto recorder = installRecordingErrorComponent();
+  auto environment = install(database(static_cast<int>(state.range(0))));
+  long rows = 0;
+  for (auto _ : state) {
+    reports::Establishment report;
+    Recordset rs;
+    report.ExtractData(environment, "ESTABLISHMENT", Parameters{}, rs);
+    rows = rs.recordCount();
+  }
+  if (!recorder->errors().empty()) state.SkipWithError(recorder->errors().front().description.c_str());
+  state.counters["rows"] = static_cast<double>(rows);
+  HREnvironment::set(nullptr);
+}
+
+void BM_Shell_sqlite3(benchmark::State& state) {
+  const std::filesystem::path file = database(static_cast<int>(state.range(0)));
+  namespace e = reports::establishment;
+  const std::string sql = e::drivingSql(Dialect::SQLite, "ORV01", "") + "; " + e::employeesSql("ORV01") + "; " +
+                          e::jobHistorySql("ORV01") + ";";
+  const std::string command = "sqlite3 '" + file.string() + "' \"" + sql + "\" > /dev/null";
+  for (auto _ : state) {
+    if (std::system(command.c_str()) != 0) state.SkipWithError(("failed: " + command).c_str());
+  }
+}
+
+BENCHMARK(BM_Establishment_SQLite)->Arg(5000)->Arg(20000)->Arg(100000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_Shell_sqlite3)->Arg(5000)->Arg(20000)->Arg(100000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace
+}  // namespace orvalis
