@@ -29,6 +29,8 @@
 #include "runtime/settings_file.h"
 #include "runtime/work_folder.h"
 
+#include "bench_support.h"
+
 namespace orvalis {
 namespace {
 
@@ -36,39 +38,17 @@ namespace {
 constexpr const char* kStart = "START_DATE=01/01/2000";
 constexpr const char* kEnd = "END_DATE=31/12/2035";
 
-std::filesystem::path benchDir() {
-  const char* dir = std::getenv("ORVALIS_BENCH_DIR");
-  return dir && *dir ? std::filesystem::path(dir) : std::filesystem::temp_directory_path();
-}
-
 std::filesystem::path databaseFile(int employees) {
-  std::filesystem::path file = benchDir() / ("orvalis_bench_absence_" + std::to_string(employees) + ".db");
-  if (!std::filesystem::exists(file)) {
-    std::cerr << "bench_absence: building " << file << " ...\n";
-    DemoOptions o;
-    o.employees = employees;
-    o.companies = 1;
-    o.seed = 1;
-    o.asOf = *DateTime::fromParts(2026, 6, 30);
-    auto connection = openConnection("sqlite:" + file.string());
-    std::cerr << "bench_absence: " << demoSummary(buildDemoDatabase(*connection, o)) << "\n";
-  }
-  return file;
+  DemoOptions o;
+  o.seed = 1;
+  o.asOf = *DateTime::fromParts(2026, 6, 30);
+  return bench::demoDatabase("absence", employees, o);
 }
 
 void absenceReport(benchmark::State& state, const std::string& method, bool recount) {
   const std::filesystem::path file = databaseFile(static_cast<int>(state.range(0)));
-  const std::filesystem::path work = benchDir() / "orvalis_bench_absence_work";
-  std::filesystem::create_directories(work);
-  setWorkFolder(work);
-  setSettingsPath(work / "HR.ini");
   auto recorder = installRecordingErrorComponent();
-  StandaloneConfig config;
-  config.hrUrl = "sqlite:" + file.string();
-  config.companyCode = "ORV01";
-  config.userCode = "ADMIN";
-  auto environment = std::make_shared<StandaloneEnvironment>(config);
-  HREnvironment::set(environment);
+  auto environment = bench::installEnvironment("absence", file);
   const double absences =
       environment->hrConnection().query("SELECT COUNT(*) FROM PNLEMPABS WHERE VARIATION_ID = 'ORV01'").get(0).toDouble();
 

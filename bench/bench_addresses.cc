@@ -26,44 +26,22 @@
 #include "runtime/settings_file.h"
 #include "runtime/work_folder.h"
 #include "demo/demo_database.h"
+#include "bench_support.h"
 
 namespace orvalis {
 namespace {
 
 constexpr const char* kQuery = "EMPADDRALL";
 
-std::filesystem::path benchDir() {
-  const char* dir = std::getenv("ORVALIS_BENCH_DIR");
-  return dir && *dir ? std::filesystem::path(dir) : std::filesystem::temp_directory_path();
-}
-
 // The SQLite demo database of this size (built once, then reused).
 std::filesystem::path database(int employees) {
-  std::filesystem::path file = benchDir() / ("orvalis_bench_addresses_" + std::to_string(employees) + ".db");
-  if (!std::filesystem::exists(file)) {
-    std::cerr << "bench_addresses: building " << file << " ...\n";
-    DemoOptions o;
-    o.employees = employees;
-    o.companies = 1;
-    o.asOf = DateTime::fromParts(2024, 6, 30);
-    auto connection = openConnection("sqlite:" + file.string());
-    std::cerr << "bench_addresses: " << demoSummary(buildDemoDatabase(*connection, o)) << "\n";
-  }
-  return file;
+  DemoOptions o;
+  o.asOf = DateTime::fromParts(2024, 6, 30);
+  return bench::demoDatabase("addresses", employees, o);
 }
 
 std::shared_ptr<StandaloneEnvironment> install(const std::filesystem::path& file) {
-  const std::filesystem::path work = benchDir() / "orvalis_bench_addresses_work";
-  std::filesystem::create_directories(work);
-  setWorkFolder(work);
-  setSettingsPath(work / "HR.ini");
-  StandaloneConfig config;
-  config.hrUrl = "sqlite:" + file.string();
-  config.companyCode = "ORV01";
-  config.userCode = "ADMIN";
-  auto environment = std::make_shared<StandaloneEnvironment>(config);
-  HREnvironment::set(environment);
-  return environment;
+  return bench::installEnvironment("addresses", file);
 }
 
 void BM_Addresses_SQLite(benchmark::State& state) {

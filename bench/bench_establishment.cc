@@ -23,41 +23,21 @@
 #include "runtime/work_folder.h"
 #include "demo/demo_database.h"
 
+#include "bench_support.h"
+
 namespace orvalis {
 namespace {
 
-std::filesystem::path benchDir() {
-  const char* dir = std::getenv("ORVALIS_BENCH_DIR");
-  return dir && *dir ? std::filesystem::path(dir) : std::filesystem::temp_directory_path();
-}
-
-// The SQLite demo database of this size (built once, then reused).
+// The Addresses benchmark's demo database of this size (built once, then
+// reused by both).
 std::filesystem::path database(int employees) {
-  std::filesystem::path file = benchDir() / ("orvalis_bench_addresses_" + std::to_string(employees) + ".db");
-  if (!std::filesystem::exists(file)) {
-    std::cerr << "bench_establishment: building " << file << " ...\n";
-    DemoOptions o;
-    o.employees = employees;
-    o.companies = 1;
-    o.asOf = DateTime::fromParts(2024, 6, 30);
-    auto connection = openConnection("sqlite:" + file.string());
-    std::cerr << "bench_establishment: " << demoSummary(buildDemoDatabase(*connection, o)) << "\n";
-  }
-  return file;
+  DemoOptions o;
+  o.asOf = DateTime::fromParts(2024, 6, 30);
+  return bench::demoDatabase("addresses", employees, o);
 }
 
 std::shared_ptr<StandaloneEnvironment> install(const std::filesystem::path& file) {
-  const std::filesystem::path work = benchDir() / "orvalis_bench_establishment_work";
-  std::filesystem::create_directories(work);
-  setWorkFolder(work);
-  setSettingsPath(work / "HR.ini");
-  StandaloneConfig config;
-  config.hrUrl = "sqlite:" + file.string();
-  config.companyCode = "ORV01";
-  config.userCode = "ADMIN";
-  auto environment = std::make_shared<StandaloneEnvironment>(config);
-  HREnvironment::set(environment);
-  return environment;
+  return bench::installEnvironment("establishment", file);
 }
 
 void BM_Establishment_SQLite(benchmark::State& state) {

@@ -1,0 +1,59 @@
+// What the whole-report benchmarks share: where their databases live
+// ($ORVALIS_BENCH_DIR, else the system's temporary folder), the SQLite demo
+// database of a size (built on first use, then reused), and a standalone
+// environment on it stored in HREnvironment with a private work folder.
+// Single-threaded, like the benchmarks.
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "data/drivers/connection.h"
+#include "data/hr_environment.h"
+#include "data/standalone_environment.h"
+#include "demo/demo_database.h"
+#include "runtime/settings_file.h"
+#include "runtime/work_folder.h"
+
+namespace orvalis::bench {
+
+inline std::filesystem::path benchDir() {
+  const char* dir = std::getenv("ORVALIS_BENCH_DIR");
+  return dir && *dir ? std::filesystem::path(dir) : std::filesystem::temp_directory_path();
+}
+
+// The one-company SQLite demo database "orvalis_bench_<name>_<employees>.db"
+// built with these options (employees and companies are set here).
+inline std::filesystem::path demoDatabase(const std::string& name, int employees, DemoOptions options) {
+  std::filesystem::path file = benchDir() / ("orvalis_bench_" + name + "_" + std::to_string(employees) + ".db");
+  if (!std::filesystem::exists(file)) {
+    std::cerr << "bench: building " << file << " ...\n";
+    options.employees = employees;
+    options.companies = 1;
+    auto connection = openConnection("sqlite:" + file.string());
+    std::cerr << "bench: " << demoSummary(buildDemoDatabase(*connection, options)) << "\n";
+  }
+  return file;
+}
+
+// A standalone environment on the file for company ORV01 and user ADMIN,
+// stored in HREnvironment, with the work folder "orvalis_bench_<name>_work".
+inline std::shared_ptr<StandaloneEnvironment> installEnvironment(const std::string& name,
+                                                                  const std::filesystem::path& file) {
+  const std::filesystem::path work = benchDir() / ("orvalis_bench_" + name + "_work");
+  std::filesystem::create_directories(work);
+  setWorkFolder(work);
+  setSettingsPath(work / "HR.ini");
+  StandaloneConfig config;
+  config.hrUrl = "sqlite:" + file.string();
+  config.companyCode = "ORV01";
+  config.userCode = "ADMIN";
+  auto environment = std::make_shared<StandaloneEnvironment>(config);
+  HREnvironment::set(environment);
+  return environment;
+}
+
+}  // namespace orvalis::bench
