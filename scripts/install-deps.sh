@@ -14,7 +14,7 @@ packages=(
   unixodbc unixodbc-dev odbc-postgresql
   libfmt-dev libcli11-dev nlohmann-json3-dev libpugixml-dev
   libgtest-dev libgmock-dev libbenchmark-dev
-  libxml2-utils
+  libxml2-utils ccache
 )
 if [ "${1:-}" = fuzz ]; then
   packages+=(clang libclang-rt-dev)
