@@ -868,6 +868,56 @@ CREATE TABLE PNLEMPPEN (
 );
 
 -- ===================================================================
+-- Training: course types, courses and employees' training events
+-- ===================================================================
+
+-- Course types (code table).
+CREATE TABLE PNLCRSTYP (
+  VARIATION_ID VARCHAR(10) NOT NULL,
+  CODE_ID VARCHAR(10) NOT NULL,
+  DESCRIPTION VARCHAR(60),
+  PRIMARY KEY (VARIATION_ID, CODE_ID)
+);
+
+-- Courses. CPD_YN 'Y' when attending counts as continuing professional
+-- development; DEFAULT_HOURS and DEFAULT_COST are offered for new events.
+CREATE TABLE PNLCRS (
+  VARIATION_ID VARCHAR(10) NOT NULL,
+  CODE_ID VARCHAR(10) NOT NULL,
+  DESCRIPTION VARCHAR(60),
+  CRS_TYPE_ID VARCHAR(10),
+  PROVIDER VARCHAR(60),
+  CPD_YN VARCHAR(1),
+  DEFAULT_HOURS DOUBLE PRECISION,
+  DEFAULT_COST DOUBLE PRECISION,
+  PRIMARY KEY (VARIATION_ID, CODE_ID)
+);
+
+-- An employee's training events. SEQ_ID numbers an employee's events from
+-- 1; POST_SEQ_ID is the post (PNLEMPHST.SEQ_ID). STATUS_ID 'B' booked, 'A'
+-- attended, 'C' cancelled. CPD_YN is the event's own CPD flag (copied
+-- from the course when booked). END_DATE empty = a one-day event.
+CREATE TABLE PNLEMPTRN (
+  VARIATION_ID VARCHAR(10) NOT NULL,
+  EMP_ID VARCHAR(10) NOT NULL,
+  SEQ_ID INTEGER NOT NULL,
+  POST_SEQ_ID INTEGER,
+  COURSE_ID VARCHAR(10),
+  START_DATE DATE,
+  END_DATE DATE,
+  DAYS DOUBLE PRECISION,
+  HOURS DOUBLE PRECISION,
+  STATUS_ID VARCHAR(10),
+  COURSE_COST DOUBLE PRECISION,
+  TRAVEL_COST DOUBLE PRECISION,
+  OTHER_COST DOUBLE PRECISION,
+  CPD_YN VARCHAR(1),
+  NOTE_ID INTEGER,
+  PRIMARY KEY (VARIATION_ID, EMP_ID, SEQ_ID)
+);
+CREATE INDEX PNLEMPTRN_START ON PNLEMPTRN (VARIATION_ID, START_DATE);
+
+-- ===================================================================
 -- HESA staff record: person and contract records and their code tables
 -- ===================================================================
 
