@@ -19,6 +19,14 @@ std::optional<int64_t> dayOf(const std::string& text) {
 
 }  // namespace
 
+double cpdFactorDays(int64_t analStart, int64_t analEnd, int64_t eventStart, int64_t eventEnd) {
+  if (analEnd < analStart || eventEnd < eventStart) return 0;
+  const int64_t from = std::max(analStart, eventStart);
+  const int64_t to = std::min(analEnd, eventEnd);
+  if (to < from) return 0;
+  return static_cast<double>(to - from + 1) / static_cast<double>(analEnd - analStart + 1);
+}
+
 double gfncCPDFactor(const std::string& strAnalStartDate, const std::string& strAnalEndDate,
                      const std::string& strEventStartDate, const std::string& strEventEndDate) {
   double result = 0;
@@ -40,11 +48,7 @@ double gfncCPDFactor(const std::string& strAnalStartDate, const std::string& str
       const auto eventEnd = trim(strEventEndDate).empty() ? std::optional<int64_t>(INT64_MAX / 4)
                                                           : dayOf(strEventEndDate);
       if (!analStart || !analEnd || !eventStart || !eventEnd) return;
-      if (*analEnd < *analStart || *eventEnd < *eventStart) return;
-      const int64_t from = std::max(*analStart, *eventStart);
-      const int64_t to = std::min(*analEnd, *eventEnd);
-      if (to < from) return;
-      result = static_cast<double>(to - from + 1) / static_cast<double>(*analEnd - *analStart + 1);
+      result = cpdFactorDays(*analStart, *analEnd, *eventStart, *eventEnd);
     });
   });
   return result;

@@ -14,9 +14,16 @@
 // arguments in its variables. Free function; single-threaded.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace orvalis::payroll {
+
+// The same count on day numbers (DateTime::days()), without the error
+// handler: the reports that attribute many events call it per event. Read
+// the other way round (the event as the "analysis period"), it is the share
+// of an event's own days that fall inside a period.
+double cpdFactorDays(int64_t analStart, int64_t analEnd, int64_t eventStart, int64_t eventEnd);
 
 double gfncCPDFactor(const std::string& strAnalStartDate, const std::string& strAnalEndDate,
                      const std::string& strEventStartDate, const std::string& strEventEndDate);
