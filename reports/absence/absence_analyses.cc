@@ -721,6 +721,7 @@ void writeCsv(const std::filesystem::path& target, const Recordset& rs) {
     }
     text += "\r\n";
   }
+  std::filesystem::create_directories(target.parent_path());
   writeFileAtomically(target, text);
 }
 
