@@ -17,6 +17,7 @@
 #include "diary/diary_trace.h"
 #include "diary/hours_per_day.h"
 #include "diary/pattern_set.h"
+#include "diary/working_pattern.h"
 #include "payroll/wte.h"
 #include "query/access.h"
 #include "query/access_user.h"
@@ -174,6 +175,15 @@ class DayCollector final : public DiaryTrace {
   std::vector<DayNote> days;
 };
 
+// Collects the dates the day counter found worked.
+class WorkedDates final : public DiaryTrace {
+ public:
+  void halfDay(const HalfDayNote& note) override {
+    if (note.slot.empty() && note.days > 0) days.push_back(note.date.days());
+  }
+  std::vector<int64_t> days;
+};
+
 // ---------------------------------------------------------------- staff
 
 struct Staff {
@@ -239,7 +249,9 @@ class Analysis {
   std::unordered_map<std::string, std::vector<long>> postsOf_, salariesOf_;
   std::unordered_map<std::string, std::string> groupCodes_, subCodes_;
   PatternSet patterns_;
-  std::unordered_map<std::string, double> availableCache_, daysPerWeek_;
+  std::string defaultPattern_;
+  std::unordered_map<std::string, std::vector<int>> runningTotals_;
+  std::unordered_map<std::string, double> daysPerWeek_;
   std::unordered_map<std::string, payroll::WteRuleRow> wteRules_;
 
   std::map<std::string, Group> groups_;
@@ -323,8 +335,9 @@ std::string Analysis::itemValue(const std::string& item, const Staff& s) const {
 }
 
 // Working days of the employee's current pattern over the part of the
-// period the employee was employed; one count per distinct pattern, anchor
-// and dates.
+// period the employee was employed. The pattern is walked once over the
+// whole period per category (and rotation anchor, for a fixed pattern);
+// each employee's part is then a difference of running totals.
 double Analysis::availableDays(const std::string& emp, const Staff& s) {
   DateTime from = p_.periodStart, to = p_.periodEnd;
   if (s.joined && *s.joined > from) from = *s.joined;
@@ -334,15 +347,42 @@ double Analysis::availableDays(const std::string& emp, const Staff& s) {
   if (s.post >= 0) {
     category = upperTrim(posts_.textAt(s.post, posts_.fieldIndex("PNL_CAT_ID")));
     seq = trim(posts_.textAt(s.post, posts_.fieldIndex("SEQ_ID")));
+  }
+  if (category.empty()) category = defaultPattern_;
+  const CategoryPattern* pattern = nullptr;
+  if (!category.empty() && category != "<DEFAULT>") {
+    gsubDiarySetUp(patterns_);
+    pattern = patterns_.category(category);
+    if (pattern != nullptr && pattern->variationId.empty()) pattern = nullptr;
+  }
+  if (pattern != nullptr && pattern->fwp == "Y" && s.post >= 0) {
     anchor = posts_.textAt(s.post, posts_.fieldIndex("WP_START_DATE"));
   }
-  if (category.empty()) category = upperTrim(gfncGetControlValue("", "PNL", "DEFWP"));
-  const std::string key = category + '\x1f' + anchor + '\x1f' + from.iso() + '\x1f' + to.iso();
-  auto it = availableCache_.find(key);
-  if (it != availableCache_.end()) return it->second;
-  const bool pattern = !category.empty() && category != "<DEFAULT>";
-  DayCount c = countDaysInRange(from, to, from, to, pattern ? "P" : "W", "D", emp, seq, category, patterns_);
-  return availableCache_[key] = c.daysInPeriod;
+  const std::string key = category + '\x1f' + anchor;
+  auto it = runningTotals_.find(key);
+  if (it == runningTotals_.end()) {
+    const int64_t n = p_.periodEnd.days() - p_.periodStart.days() + 1;
+    std::vector<int> totals(static_cast<size_t>(n) + 1, 0);
+    if (pattern == nullptr) {
+      // No pattern: Monday to Friday.
+      for (int64_t i = 0; i < n; ++i) {
+        totals[static_cast<size_t>(i) + 1] = totals[static_cast<size_t>(i)] + (p_.periodStart.addDays(i).weekday() < 6);
+      }
+    } else {
+      WorkedDates worked;
+      DiaryTrace* previous = patterns_.trace();
+      patterns_.setTrace(&worked);
+      countDaysInRange(p_.periodStart, p_.periodEnd, p_.periodStart, p_.periodEnd, "P", "D", emp, seq, category,
+                       patterns_);
+      patterns_.setTrace(previous);
+      std::vector<char> on(static_cast<size_t>(n), 0);
+      for (int64_t day : worked.days) on[static_cast<size_t>(day - p_.periodStart.days())] = 1;
+      for (int64_t i = 0; i < n; ++i) totals[static_cast<size_t>(i) + 1] = totals[static_cast<size_t>(i)] + on[static_cast<size_t>(i)];
+    }
+    it = runningTotals_.emplace(key, std::move(totals)).first;
+  }
+  const std::vector<int>& t = it->second;
+  return t[static_cast<size_t>(to.days() - p_.periodStart.days()) + 1] - t[static_cast<size_t>(from.days() - p_.periodStart.days())];
 }
 
 double Analysis::hoursPerDay(const std::string& emp, const Staff& s) {
@@ -465,6 +505,7 @@ void Analysis::run(const Recordset& drv, Recordset& rsData) {
 
   readStaff();
   resolveItems();
+  defaultPattern_ = upperTrim(gfncGetControlValue("", "PNL", "DEFWP"));
   patterns_.readPostsAhead(p_.empId.empty());
   DayCollector collector;
   patterns_.setTrace(&collector);
