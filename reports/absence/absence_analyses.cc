@@ -222,7 +222,6 @@ class Analysis {
 
  private:
   void readStaff();
-  void resolveItems();
   std::string itemValue(const std::string& item, const Staff& s) const;
   double availableDays(const std::string& emp, const Staff& s);
   double hoursPerDay(const std::string& emp, const Staff& s);
@@ -258,11 +257,57 @@ class Analysis {
   Tally grand_;
 };
 
+// The columns of a table, from a statement that returns no rows.
+std::vector<std::string> columnsOf(const char* table) {
+  Recordset rs;
+  gfncOpenRecordset(std::string("select * from ") + table + " WHERE 1 = 0", rs);
+  std::vector<std::string> names;
+  for (const FieldDef& f : rs.fields()) names.push_back(f.name);
+  return names;
+}
+
+// The column of the list named like item (any case), "" when none is.
+std::string columnNamed(const std::vector<std::string>& columns, const std::string& item) {
+  for (const std::string& c : columns) {
+    if (upperTrim(c) == item) return c;
+  }
+  return "";
+}
+
+// Checks the group items against the columns of the employee master and
+// posts and reads both with the columns the analysis needs; an item's
+// column name is the table's own, never the caller's text.
 void Analysis::readStaff() {
   variation_ = gfncCompanyCode();
+  const std::vector<std::string> masterColumns = columnsOf("PNLEMPMST"), postColumns = columnsOf("PNLEMPHST");
+  std::string masterList = "EMP_ID, DATE_START, DATE_LEFT, SURNAME, FORENAME, STD_HOURS";
+  std::string postList =
+      "EMP_ID, SEQ_ID, STATUS_ID, START_DATE, END_DATE, PNL_CAT_ID, WP_START_DATE, HOURS_PER_WEEK, "
+      "WEEKS_PER_YEAR, SALARY, WTE_ID, WTE_FACTOR";
+  auto add = [&](const std::string& item, const char* name) {
+    if (std::string c = columnNamed(masterColumns, item); !c.empty()) {
+      masterList += ", " + c;
+    } else if (std::string pc = columnNamed(postColumns, item); !pc.empty()) {
+      postList += ", " + pc;
+    } else {
+      refuse(err::kInvalidProcedureCall,
+             std::string(name) + ": " + item + " is not an item of the employee or the employee's post");
+    }
+  };
+  if (!groupItem_.empty()) add(groupItem_, "GROUP_ITEMS");
+  if (!subItem_.empty()) {
+    subIsAbsence_ = subItem_ == "TYPE_ID" || subItem_ == "REASON_ID" || subItem_ == "ABSENT_ID";
+    if (!subIsAbsence_) {
+      add(subItem_, "SUB_GROUP");
+      subIsEmployee_ = true;
+    }
+  }
+  if (!groupItem_.empty()) groupCodes_ = readCodeTable(codeTableOf(groupItem_, false), variation_);
+  if (!subItem_.empty()) subCodes_ = readCodeTable(codeTableOf(subItem_, subIsAbsence_), variation_);
+
   std::string where = " WHERE VARIATION_ID = '" + sqlQuote(variation_) + "'";
   if (!p_.includeLeavers()) where += " and STATUS_ID <> 'L' ";
-  gfncOpenRecordset("select * from PNLEMPMST" + where, master_);
+  gfncOpenRecordset("select " + masterList + " from PNLEMPMST" + where, master_);
   const int empF = master_.fieldIndex("EMP_ID"), startF = master_.fieldIndex("DATE_START"),
             leftF = master_.fieldIndex("DATE_LEFT");
   staff_.reserve(static_cast<size_t>(master_.rowCount()));
@@ -285,7 +330,8 @@ void Analysis::readStaff() {
     }
     for (auto& [id, s] : staff_) s.visible = seen.count(id) > 0;
   }
-  gfncOpenRecordset("select * from PNLEMPHST WHERE VARIATION_ID = '" + sqlQuote(variation_) + "'", posts_);
+  gfncOpenRecordset("select " + postList + " from PNLEMPHST WHERE VARIATION_ID = '" + sqlQuote(variation_) + "'",
+                    posts_);
   const int pEmp = posts_.fieldIndex("EMP_ID"), pSeq = posts_.fieldIndex("SEQ_ID"),
             pStatus = posts_.fieldIndex("STATUS_ID");
   for (long r = 0; r < posts_.rowCount(); ++r) {
@@ -302,28 +348,6 @@ void Analysis::readStaff() {
                       salaries_);
     for (long r = 0; r < salaries_.rowCount(); ++r) salariesOf_[trim(salaries_.textAt(r, 0))].push_back(r);
   }
-}
-
-void Analysis::resolveItems() {
-  auto isEmployeeItem = [&](const std::string& item) {
-    return master_.fieldIndex(item) >= 0 || posts_.fieldIndex(item) >= 0;
-  };
-  auto check = [&](const std::string& item, const char* name) {
-    if (!isEmployeeItem(item)) {
-      refuse(err::kInvalidProcedureCall, std::string(name) + ": " + item +
-                                              " is not an item of the employee or the employee's post");
-    }
-  };
-  if (!groupItem_.empty()) check(groupItem_, "GROUP_ITEMS");
-  if (!subItem_.empty()) {
-    subIsAbsence_ = subItem_ == "TYPE_ID" || subItem_ == "REASON_ID" || subItem_ == "ABSENT_ID";
-    if (!subIsAbsence_) {
-      check(subItem_, "SUB_GROUP");
-      subIsEmployee_ = true;
-    }
-  }
-  if (!groupItem_.empty()) groupCodes_ = readCodeTable(codeTableOf(groupItem_, false), variation_);
-  if (!subItem_.empty()) subCodes_ = readCodeTable(codeTableOf(subItem_, subIsAbsence_), variation_);
 }
 
 std::string Analysis::itemValue(const std::string& item, const Staff& s) const {
@@ -504,7 +528,6 @@ void Analysis::run(const Recordset& drv, Recordset& rsData) {
   if (isNumeric(Value(threshold)) && val(threshold) > 0) longTermDays_ = val(threshold);
 
   readStaff();
-  resolveItems();
   defaultPattern_ = upperTrim(gfncGetControlValue("", "PNL", "DEFWP"));
   patterns_.readPostsAhead(p_.empId.empty());
   DayCollector collector;
@@ -648,7 +671,7 @@ void Analysis::run(const Recordset& drv, Recordset& rsData) {
     }
   }
   patterns_.setTrace(nullptr);
-  addDenominators();
+  if (v_ == Variant::Breakdown || v_ == Variant::NiReturn) addDenominators();
   write(rsData);
 }
 
