@@ -381,6 +381,14 @@ double Analysis::availableDays(const std::string& emp, const Staff& s) {
   }
   if (pattern != nullptr && pattern->fwp == "Y" && s.post >= 0) {
     anchor = posts_.textAt(s.post, posts_.fieldIndex("WP_START_DATE"));
+    // Anchors whose Mondays lie whole rotations apart, both on or before
+    // the period start, give every date of the period the same week.
+    std::optional<DateTime> a = dateOf(posts_.at(s.post, posts_.fieldIndex("WP_START_DATE")));
+    if (a && *a <= p_.periodStart && pattern->length >= 1) {
+      const int64_t monday = a->days() - (a->weekday() - 1);
+      const int64_t cycle = 7 * static_cast<int64_t>(pattern->length);
+      anchor = "~" + std::to_string(((monday % cycle) + cycle) % cycle);
+    }
   }
   const std::string key = category + '\x1f' + anchor;
   auto it = runningTotals_.find(key);
