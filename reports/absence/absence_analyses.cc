@@ -1,6 +1,7 @@
 #include "reports/absence/absence_analyses.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <map>
 #include <optional>
@@ -204,7 +205,8 @@ struct Tally {
   long headcount = 0;
   double available = 0, fte = 0;
   long sick = 0;
-  double salary = 0;
+  double salary = 0;          // per employee: the salary of the latest absent day
+  int64_t salaryDay = INT64_MIN;
   bool hasSalary = false;
   std::set<std::string> notes;
 };
@@ -673,7 +675,11 @@ void Analysis::run(const Recordset& drv, Recordset& rsData) {
     }
     if (perEmployee_) {
       Tally* t = tallies.back();
-      t->salary = salary;
+      const int64_t last = collector.days.back().date.days();
+      if (last >= t->salaryDay) {
+        t->salary = salary;
+        t->salaryDay = last;
+      }
       t->hasSalary = true;
       if (!note.empty()) t->notes.insert(note);
     }

@@ -150,6 +150,11 @@ TEST_P(AbsenceAnalyses, NorthernIrelandRatesForTenStaffTwoPartTime) {
              {"PCT_STAFF_NO_SICKNESS", "70"}});
   expectRow(extract("NI", with(kJune, {"GROUP_ITEMS=PNL_CAT_ID"})), "DETAIL", "W3",
             {{"HEADCOUNT", "2"}, {"FTE", "1"}, {"WORKING_DAYS_AVAILABLE", "26"}, {"DAYS_LOST_PER_FTE", "3"}});
+  // A weekend has no working days: rates 0 with a note, never a division by zero.
+  absence({"N4", "2025-06-13", "2025-06-16", 0, "SICK"});
+  Recordset weekend = extract("NI", {"START_DATE=14/06/2025", "END_DATE=15/06/2025"});
+  expectRow(weekend, "TOTAL", "", {{"WORKING_DAYS_AVAILABLE", "0"}, {"PCT_WORKING_DAYS_LOST", "0"}});
+  EXPECT_NE(row(weekend, "TOTAL")["NOTE"], "");
 }
 
 TEST_P(AbsenceAnalyses, BadInputIsRefusedAndWritesNothing) {
