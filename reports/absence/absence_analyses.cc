@@ -209,6 +209,7 @@ struct Tally {
   int64_t salaryDay = INT64_MIN;
   bool hasSalary = false;
   std::set<std::string> notes;
+  std::unordered_set<std::string> unpriced;  // employees costed 0
 };
 
 struct Group {
@@ -231,6 +232,8 @@ class Analysis {
   double salaryOn(const std::string& emp, const std::string& post, DateTime d) const;
   void estimate(const std::string& emp, const Staff& s, double& salary, std::string& note);
   void addDenominators();
+  void spellCost(const std::string& emp, const Staff& s, const std::string& post, const std::vector<DayNote>& days,
+                 double spellTime, double& cost, double& salary, std::string& note);
   void write(Recordset& rsData) const;
   void writeRow(Recordset& rs, const char* rowType, const std::string& gCode, const std::string& gDesc,
                 const std::string& sCode, const std::string& sDesc, const Tally& t, const Tally& denom) const;
@@ -254,6 +257,7 @@ class Analysis {
   std::unordered_map<std::string, std::vector<int>> runningTotals_;
   std::unordered_map<std::string, double> daysPerWeek_;
   std::unordered_map<std::string, payroll::WteRuleRow> wteRules_;
+  std::unordered_map<std::string, std::pair<double, std::string>> estimates_;  // salary, note by employee
 
   std::map<std::string, Group> groups_;
   Tally grand_;
@@ -548,7 +552,6 @@ void Analysis::run(const Recordset& drv, Recordset& rsData) {
             fStartHalf = drv.fieldIndex("START_TIME"), fEnd = drv.fieldIndex("END_DATE"),
             fEndHalf = drv.fieldIndex("END_TIME"), fPost = drv.fieldIndex("POST_SEQ_ID");
   std::unordered_map<std::string, std::pair<std::string, std::string>> typeInfo;  // whole days, day type
-  std::unordered_map<std::string, std::pair<double, std::string>> estimates;       // salary, note
   for (long row = 0; row < drv.rowCount(); ++row) {
     const std::string emp = trim(drv.textAt(row, fEmp));
     auto st = staff_.find(emp);
@@ -600,49 +603,7 @@ void Analysis::run(const Recordset& drv, Recordset& rsData) {
     // Cost of the spell.
     double cost = 0, salary = 0;
     std::string note;
-    if (v_ == Variant::Costing) {
-      long postRow = s.post;
-      auto po = postsOf_.find(emp);
-      if (po != postsOf_.end()) {
-        for (long r : po->second) {
-          if (trim(posts_.textAt(r, posts_.fieldIndex("SEQ_ID"))) == post) postRow = r;
-        }
-      }
-      double divisor;
-      if (hours_) {
-        double weekly = postRow >= 0 ? numberOf(posts_.at(postRow, posts_.fieldIndex("HOURS_PER_WEEK"))) : 0;
-        if (weekly <= 0) weekly = numberOf(master_.at(s.master, master_.fieldIndex("STD_HOURS")));
-        divisor = 52.0 * weekly;
-        if (divisor <= 0) note = "no weekly hours: cost 0";
-      } else {
-        const std::string category =
-            postRow >= 0 ? upperTrim(posts_.textAt(postRow, posts_.fieldIndex("PNL_CAT_ID"))) : "";
-        auto dw = daysPerWeek_.find(category);
-        if (dw == daysPerWeek_.end()) {
-          dw = daysPerWeek_.emplace(category, gfncDiaryDaysPerWeek(emp, category, &patterns_)).first;
-        }
-        divisor = 52.0 * dw->second;
-        if (divisor <= 0) note = "no working days in the pattern: cost 0";
-      }
-      if (actual_) {
-        for (const DayNote& n : collector.days) {
-          const double on = salaryOn(emp, post, n.date);
-          salary = on;
-          if (divisor > 0) cost += (hours_ ? n.hours : n.days) * on / divisor;
-        }
-      } else {
-        auto es = estimates.find(emp);
-        if (es == estimates.end()) {
-          std::pair<double, std::string> e;
-          estimate(emp, s, e.first, e.second);
-          es = estimates.emplace(emp, e).first;
-        }
-        salary = es->second.first;
-        if (!es->second.second.empty()) note = es->second.second + ": cost 0";
-        if (divisor > 0) cost = spellTime * salary / divisor;
-      }
-      if (salary == 0 && note.empty()) note = "no salary: cost 0";
-    }
+    if (v_ == Variant::Costing) spellCost(emp, s, post, collector.days, spellTime, cost, salary, note);
 
     s.absent = true;
     if (sickness) s.sick = true;
@@ -667,6 +628,7 @@ void Analysis::run(const Recordset& drv, Recordset& rsData) {
       t->time += spellTime;
       (longTerm ? t->longTerm : t->shortTerm) += spellTime;
       t->cost += cost;
+      if (!note.empty()) t->unpriced.insert(emp);
       for (const DayNote& n : collector.days) {
         const double x = hours_ ? n.hours : n.days;
         t->weekday[n.date.weekday() - 1] += x;
@@ -687,6 +649,54 @@ void Analysis::run(const Recordset& drv, Recordset& rsData) {
   patterns_.setTrace(nullptr);
   if (v_ == Variant::Breakdown || v_ == Variant::NiReturn) addDenominators();
   write(rsData);
+}
+
+// The cost of one spell at the daily (or hourly) rate of its post, with
+// the salary it used and a note when it could not be priced.
+void Analysis::spellCost(const std::string& emp, const Staff& s, const std::string& post,
+                         const std::vector<DayNote>& days, double spellTime, double& cost, double& salary,
+                         std::string& note) {
+  long postRow = s.post;
+  auto po = postsOf_.find(emp);
+  if (po != postsOf_.end()) {
+    for (long r : po->second) {
+      if (trim(posts_.textAt(r, posts_.fieldIndex("SEQ_ID"))) == post) postRow = r;
+    }
+  }
+  double divisor;
+  if (hours_) {
+    double weekly = postRow >= 0 ? numberOf(posts_.at(postRow, posts_.fieldIndex("HOURS_PER_WEEK"))) : 0;
+    if (weekly <= 0) weekly = numberOf(master_.at(s.master, master_.fieldIndex("STD_HOURS")));
+    divisor = 52.0 * weekly;
+    if (divisor <= 0) note = "no weekly hours: cost 0";
+  } else {
+    const std::string category =
+        postRow >= 0 ? upperTrim(posts_.textAt(postRow, posts_.fieldIndex("PNL_CAT_ID"))) : "";
+    auto dw = daysPerWeek_.find(category);
+    if (dw == daysPerWeek_.end()) {
+      dw = daysPerWeek_.emplace(category, gfncDiaryDaysPerWeek(emp, category, &patterns_)).first;
+    }
+    divisor = 52.0 * dw->second;
+    if (divisor <= 0) note = "no working days in the pattern: cost 0";
+  }
+  if (actual_) {
+    for (const DayNote& n : days) {
+      const double on = salaryOn(emp, post, n.date);
+      salary = on;
+      if (divisor > 0) cost += (hours_ ? n.hours : n.days) * on / divisor;
+    }
+  } else {
+    auto es = estimates_.find(emp);
+    if (es == estimates_.end()) {
+      std::pair<double, std::string> e;
+      estimate(emp, s, e.first, e.second);
+      es = estimates_.emplace(emp, e).first;
+    }
+    salary = es->second.first;
+    if (!es->second.second.empty()) note = es->second.second + ": cost 0";
+    if (divisor > 0) cost = spellTime * salary / divisor;
+  }
+  if (salary == 0 && note.empty()) note = "no salary: cost 0";
 }
 
 void Analysis::writeRow(Recordset& rs, const char* rowType, const std::string& gCode, const std::string& gDesc,
@@ -733,6 +743,9 @@ void Analysis::writeRow(Recordset& rs, const char* rowType, const std::string& g
       else rs.set(i++, Value::null());
       num(t.time > 0 ? t.cost / t.time : 0);
       num(t.cost);
+      if (notes.empty() && !t.unpriced.empty()) {
+        notes.insert(std::to_string(t.unpriced.size()) + " employee(s) without salary, hours or post: cost 0");
+      }
     } else {
       count(denom.headcount);
       rs.set(i++, Value(std::round(denom.fte * 100000.0) / 100000.0));

@@ -123,7 +123,9 @@ TEST_P(AbsenceAnalyses, CostingAcrossASalaryChangeActualAndEstimate) {
   EXPECT_EQ(column(rs, "NOTE")[1], "no salary: cost 0");
   // By the hour: E1 7.5 hours a day at 26000 / (52 x 37.5) and 31200 / (52 x 37.5).
   expectRow(extract("12", with(spring, {"BASE_HOURS_ON=H", "GROUP_BY=G"})), "TOTAL", "",
-            {{"DAYS", "30"}, {"COST", "340"}});  // E2 adds 7.5 hours at no cost
+            {{"DAYS", "30"},  // E2 adds 7.5 hours at no cost, and says so
+             {"COST", "340"},
+             {"NOTE", "1 employee(s) without salary, hours or post: cost 0"}});
   // Estimate: 30000 at 50% is 15000, 15000 / 260 x 3 days.
   expectRow(extract("COSTING", with(spring, {"ACTUAL_OR_ESTIMATE=E"})), "DETAIL", "DEP1",
             {{"SALARY", "15000"}, {"COST", "173.08"}, {"RATE", "57.69"}});
