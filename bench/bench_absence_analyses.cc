@@ -12,14 +12,13 @@
 
 #include <filesystem>
 
+#include "bench_support.h"
 #include "component/errors/recording_error_component.h"
 #include "component/parameters.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"
 #include "demo/demo_database.h"
 #include "reports/absence/absence.h"
-
-#include "bench_support.h"
 
 namespace orvalis {
 namespace {

@@ -54,8 +54,7 @@ constexpr Field kHead[] = {{"ROW_TYPE", ado::adChar, 10},
                            {"SUB_GROUP_DESCRIPTION", ado::adChar, 60}};
 
 constexpr const char* kWeekdays[] = {"MON", "TUE", "WED", "THU", "FRI", "SAT", "SUN"};
-constexpr const char* kMonths[] = {"JAN", "FEB", "MAR", "APR", "MAY", "JUN",
-                                   "JUL", "AUG", "SEP", "OCT", "NOV", "DEC"};
+constexpr const char* kMonths[] = {"JAN", "FEB", "MAR", "APR", "MAY", "JUN", "JUL", "AUG", "SEP", "OCT", "NOV", "DEC"};
 
 std::vector<Field> fieldsOf(Variant v) {
   std::vector<Field> f;
@@ -142,13 +141,13 @@ std::vector<std::string> codeList(const std::string& text, const char* name) {
 const char* codeTableOf(const std::string& item, bool absenceItem) {
   if (absenceItem) return item == "TYPE_ID" ? "PNLABSTYP" : "PNLABSENT";
   static const std::map<std::string, const char*> tables = {
-      {"DEPT_ID", "PNLDEPT"},        {"LOC_ID", "PNLLOCS"},         {"JOB_ID", "PNLJOB"},
-      {"SOC_ID", "PNLSOC"},          {"SEX_ID", "PNLSEX"},          {"NATIONALITY_ID", "PNLNATION"},
-      {"ETH_ORIG_ID", "PNLETHNIC"},  {"COLOUR_ID", "PNLCOLOUR"},    {"RELIGION_ID", "PNLRELIG"},
+      {"DEPT_ID", "PNLDEPT"},         {"LOC_ID", "PNLLOCS"},        {"JOB_ID", "PNLJOB"},
+      {"SOC_ID", "PNLSOC"},           {"SEX_ID", "PNLSEX"},         {"NATIONALITY_ID", "PNLNATION"},
+      {"ETH_ORIG_ID", "PNLETHNIC"},   {"COLOUR_ID", "PNLCOLOUR"},   {"RELIGION_ID", "PNLRELIG"},
       {"REC_METHOD_ID", "PNLRECMET"}, {"HOL_GRD_ID", "PNLHOLGRD"},  {"SAL_GRD_ID", "PNLSALGRD"},
-      {"WTE_ID", "PNLWTE"},          {"PNL_CAT_ID", "PNLCAT"},      {"EMP_TYPE", "PNLEMPTP"},
-      {"EMPLOY_ID", "PNLEMPLOY"},    {"CON_TYPE_ID", "PNLCONTYP"},  {"EMP_STATUS_ID", "PNLSTAEMP"},
-      {"REASON_ID", "PNLEHRES"},     {"MAN_ID", "PNLMAN"},
+      {"WTE_ID", "PNLWTE"},           {"PNL_CAT_ID", "PNLCAT"},     {"EMP_TYPE", "PNLEMPTP"},
+      {"EMPLOY_ID", "PNLEMPLOY"},     {"CON_TYPE_ID", "PNLCONTYP"}, {"EMP_STATUS_ID", "PNLSTAEMP"},
+      {"REASON_ID", "PNLEHRES"},      {"MAN_ID", "PNLMAN"},
   };
   auto it = tables.find(item);
   return it == tables.end() ? "" : it->second;
@@ -188,11 +187,11 @@ class WorkedDates final : public DiaryTrace {
 // ---------------------------------------------------------------- staff
 
 struct Staff {
-  long master = -1;          // row in the master read
-  long post = -1;            // row of the current post in the post read
+  long master = -1;  // row in the master read
+  long post = -1;    // row of the current post in the post read
   std::optional<DateTime> joined, left;
-  bool visible = true;       // within the user's restrictions on PNLEMPMST
-  bool absent = false;       // has a counted absence in the selection
+  bool visible = true;  // within the user's restrictions on PNLEMPMST
+  bool absent = false;  // has a counted absence in the selection
   bool sick = false;
 };
 
@@ -205,7 +204,7 @@ struct Tally {
   long headcount = 0;
   double available = 0, fte = 0;
   long sick = 0;
-  double salary = 0;          // per employee: the salary of the latest absent day
+  double salary = 0;  // per employee: the salary of the latest absent day
   int64_t salaryDay = INT64_MIN;
   bool hasSalary = false;
   std::set<std::string> notes;
@@ -349,9 +348,11 @@ void Analysis::readStaff() {
     if (s.post < 0 || numberOf(posts_.at(r, pSeq)) < numberOf(posts_.at(s.post, pSeq))) s.post = r;
   }
   if (v_ == Variant::Costing && actual_) {
-    gfncOpenRecordset("select EMP_ID, POST_SEQ_ID, START_DATE, END_DATE, SAL_VALUE from PNLEMPSH WHERE "
-                      "VARIATION_ID = '" + sqlQuote(variation_) + "' order by EMP_ID, START_DATE",
-                      salaries_);
+    gfncOpenRecordset(
+        "select EMP_ID, POST_SEQ_ID, START_DATE, END_DATE, SAL_VALUE from PNLEMPSH WHERE "
+        "VARIATION_ID = '" +
+            sqlQuote(variation_) + "' order by EMP_ID, START_DATE",
+        salaries_);
     for (long r = 0; r < salaries_.rowCount(); ++r) salariesOf_[trim(salaries_.textAt(r, 0))].push_back(r);
   }
 }
@@ -415,12 +416,14 @@ double Analysis::availableDays(const std::string& emp, const Staff& s) {
       patterns_.setTrace(previous);
       std::vector<char> on(static_cast<size_t>(n), 0);
       for (int64_t day : worked.days) on[static_cast<size_t>(day - p_.periodStart.days())] = 1;
-      for (int64_t i = 0; i < n; ++i) totals[static_cast<size_t>(i) + 1] = totals[static_cast<size_t>(i)] + on[static_cast<size_t>(i)];
+      for (int64_t i = 0; i < n; ++i)
+        totals[static_cast<size_t>(i) + 1] = totals[static_cast<size_t>(i)] + on[static_cast<size_t>(i)];
     }
     it = runningTotals_.emplace(key, std::move(totals)).first;
   }
   const std::vector<int>& t = it->second;
-  return t[static_cast<size_t>(to.days() - p_.periodStart.days()) + 1] - t[static_cast<size_t>(from.days() - p_.periodStart.days())];
+  return t[static_cast<size_t>(to.days() - p_.periodStart.days()) + 1] -
+         t[static_cast<size_t>(from.days() - p_.periodStart.days())];
 }
 
 double Analysis::hoursPerDay(const std::string& emp, const Staff& s) {
@@ -428,7 +431,8 @@ double Analysis::hoursPerDay(const std::string& emp, const Staff& s) {
   if (weekly <= 0) weekly = numberOf(master_.at(s.master, master_.fieldIndex("STD_HOURS")));
   std::string category = s.post >= 0 ? upperTrim(posts_.textAt(s.post, posts_.fieldIndex("PNL_CAT_ID"))) : "";
   auto it = daysPerWeek_.find(category);
-  if (it == daysPerWeek_.end()) it = daysPerWeek_.emplace(category, gfncDiaryDaysPerWeek(emp, category, &patterns_)).first;
+  if (it == daysPerWeek_.end())
+    it = daysPerWeek_.emplace(category, gfncDiaryDaysPerWeek(emp, category, &patterns_)).first;
   if (weekly > 0 && it->second > 0) return weekly / it->second;
   return val(gfncGetControlValue("", "PNL", "DEFHOURS"));
 }
@@ -531,11 +535,15 @@ void Analysis::run(const Recordset& drv, Recordset& rsData) {
   perEmployee_ = v_ == Variant::Costing && upperTrim(p_.groupBy).substr(0, 1) != "G";
   actual_ = upperTrim(p_.actualOrEstimate).substr(0, 1) != "E";
   groupItem_ = upperTrim(p_.groupItems);
-  if (v_ == Variant::Distribution) groupItem_ = "DEPT_ID";
-  else if (groupItem_.empty() && v_ != Variant::NiReturn) groupItem_ = "DEPT_ID";
+  if (v_ == Variant::Distribution)
+    groupItem_ = "DEPT_ID";
+  else if (groupItem_.empty() && v_ != Variant::NiReturn)
+    groupItem_ = "DEPT_ID";
   subItem_ = upperTrim(p_.subGroup);
-  if (v_ == Variant::Distribution || perEmployee_) subItem_.clear();
-  else if (subItem_.empty() && v_ == Variant::Breakdown) subItem_ = "REASON_ID";
+  if (v_ == Variant::Distribution || perEmployee_)
+    subItem_.clear();
+  else if (subItem_.empty() && v_ == Variant::Breakdown)
+    subItem_ = "REASON_ID";
   shortCodes_ = codeList(p_.shortTermCodes, "SHORT_TERM_CODES");
   longCodes_ = codeList(p_.longTermCodes, "LONG_TERM_CODES");
   const std::string threshold = trim(gfncGetControlValue("", "PNL", "ABSLONGTERM"));
@@ -547,10 +555,10 @@ void Analysis::run(const Recordset& drv, Recordset& rsData) {
   DayCollector collector;
   patterns_.setTrace(&collector);
 
-  const int fEmp = drv.fieldIndex("EMP_ID"), fType = drv.fieldIndex("TYPE_ID"),
-            fReason = drv.fieldIndex("ABSENT_ID"), fStart = drv.fieldIndex("START_DATE"),
-            fStartHalf = drv.fieldIndex("START_TIME"), fEnd = drv.fieldIndex("END_DATE"),
-            fEndHalf = drv.fieldIndex("END_TIME"), fPost = drv.fieldIndex("POST_SEQ_ID");
+  const int fEmp = drv.fieldIndex("EMP_ID"), fType = drv.fieldIndex("TYPE_ID"), fReason = drv.fieldIndex("ABSENT_ID"),
+            fStart = drv.fieldIndex("START_DATE"), fStartHalf = drv.fieldIndex("START_TIME"),
+            fEnd = drv.fieldIndex("END_DATE"), fEndHalf = drv.fieldIndex("END_TIME"),
+            fPost = drv.fieldIndex("POST_SEQ_ID");
   std::unordered_map<std::string, std::pair<std::string, std::string>> typeInfo;  // whole days, day type
   for (long row = 0; row < drv.rowCount(); ++row) {
     const std::string emp = trim(drv.textAt(row, fEmp));
@@ -670,8 +678,7 @@ void Analysis::spellCost(const std::string& emp, const Staff& s, const std::stri
     divisor = 52.0 * weekly;
     if (divisor <= 0) note = "no weekly hours: cost 0";
   } else {
-    const std::string category =
-        postRow >= 0 ? upperTrim(posts_.textAt(postRow, posts_.fieldIndex("PNL_CAT_ID"))) : "";
+    const std::string category = postRow >= 0 ? upperTrim(posts_.textAt(postRow, posts_.fieldIndex("PNL_CAT_ID"))) : "";
     auto dw = daysPerWeek_.find(category);
     if (dw == daysPerWeek_.end()) {
       dw = daysPerWeek_.emplace(category, gfncDiaryDaysPerWeek(emp, category, &patterns_)).first;
@@ -700,8 +707,7 @@ void Analysis::spellCost(const std::string& emp, const Staff& s, const std::stri
 }
 
 void Analysis::writeRow(Recordset& rs, const char* rowType, const std::string& gCode, const std::string& gDesc,
-                        const std::string& sCode, const std::string& sDesc, const Tally& t,
-                        const Tally& denom) const {
+                        const std::string& sCode, const std::string& sDesc, const Tally& t, const Tally& denom) const {
   const std::vector<Field> fields = fieldsOf(v_);
   rs.addNew();
   int i = 0;
@@ -721,7 +727,8 @@ void Analysis::writeRow(Recordset& rs, const char* rowType, const std::string& g
     num(t.time);
     num(share(t.weekday[0], t.time));
     num(share(t.weekday[4], t.time));
-    int months = (p_.periodEnd.year() * 12 + p_.periodEnd.month()) - (p_.periodStart.year() * 12 + p_.periodStart.month());
+    int months =
+        (p_.periodEnd.year() * 12 + p_.periodEnd.month()) - (p_.periodStart.year() * 12 + p_.periodStart.month());
     if (months >= 12) notes.insert("period longer than a year: each month adds the same month of every year");
   } else {
     text(sCode);
@@ -739,8 +746,10 @@ void Analysis::writeRow(Recordset& rs, const char* rowType, const std::string& g
     } else if (v_ == Variant::Costing) {
       count(t.spells);
       num(t.time);
-      if (t.hasSalary) num(t.salary);
-      else rs.set(i++, Value::null());
+      if (t.hasSalary)
+        num(t.salary);
+      else
+        rs.set(i++, Value::null());
       num(t.time > 0 ? t.cost / t.time : 0);
       num(t.cost);
       if (notes.empty() && !t.unpriced.empty()) {
