@@ -9,6 +9,7 @@
 #include "diary/absence_days.h"
 #include "diary/absence_year.h"
 #include "diary/day_type.h"
+#include "reports/absence/absence_analyses.h"
 #include "reports/absence/absence_fields.h"
 #include "reports/absence/absence_statement.h"
 #include "runtime/basic_date.h"
@@ -94,7 +95,7 @@ void Absence::readParameters(const std::string& method, const Parameters& parame
 bool Absence::recognises(const std::string&) const { return true; }
 
 void Absence::runExtract(const std::string& method, Recordset& rsData, Steps& step, bool& result) {
-  if (isUnbuiltAnalysis(variant_)) return;
+  if (isAnalysis(variant_)) step(5, [&] { checkAnalysisParameters(params_); });
   step(6, [&] {
     sql_.clear();
     if (!params_.hasPeriod) return;
@@ -115,13 +116,15 @@ void Absence::runExtract(const std::string& method, Recordset& rsData, Steps& st
   if (created) {
     step(8, [&] {
       Recordset& drv = driving();
-      if (drv.isOpen() && drv.recordCount() > 0) result = fncBaseLoop(method, rsData, drv);
+      if (!drv.isOpen() || drv.recordCount() <= 0) return;
+      result = isAnalysis(variant_) ? fncAnalysis(method, rsData, drv) : fncBaseLoop(method, rsData, drv);
     });
   }
   if (result) step(9, [&] { gsubWriteTTX(&rsData, "", true); });
 }
 
 bool Absence::createBaseRecordset(const std::string&, Recordset& rsData) {
+  if (isAnalysis(variant_)) return layOutAnalysis(variant_, rsData);
   if (isReview(variant_)) return layOut(rsData, std::begin(kReviewFields), std::end(kReviewFields));
   return layOut(rsData, std::begin(kListingFields), std::end(kListingFields));
 }
@@ -251,6 +254,15 @@ bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordse
       result = true;
     });
   });
+  return result;
+}
+
+bool Absence::fncAnalysis(const std::string& method, Recordset& rsData, const Recordset& drv) {
+  bool result = false;
+  Procedure proc(Handler::ErrorComponent, componentNames().reports, className(), "fncAnalysis");
+  proc.variables(
+      [&] { return Dump().item("STRMETHODNAME:", method).item("STRPARAMETERS:", parameterText_).text(); });
+  proc.run([&](Steps& step) { step(1, [&] { result = runAnalysis(variant_, params_, drv, rsData); }); });
   return result;
 }
 

@@ -15,8 +15,8 @@
 //     (absence_score.h), kept within "SCORE_LOWER"/"SCORE_UPPER" and the
 //     minimum filters; EMPLOYEEREVIEW in employee order, BRADFORD by score
 //     (highest first), FREQUENCY by spells (most first), ties by employee;
-//   "DISTRIBUTION", "BREAKDOWN", "COSTING", "NI_ABS": recognised, not built:
-//     False, nothing computed.
+//   "DISTRIBUTION", "BREAKDOWN", "COSTING", "NI_ABS": the absence analyses
+//     over the same selection (absence_analyses.h).
 //
 // The driving statement is absence_statement.h's. With no period (no
 // START_DATE and no "ABSYEAR") the call returns False with the empty,
@@ -63,6 +63,8 @@ class Absence final : public ReportClass {
   bool fncBaseLoop(const std::string& method, Recordset& rsData, Recordset& driving);
   // The days of one driving row: stored, or recounted over the period.
   double recount(const Recordset& drv, long row, double stored);
+  // The absence analyses (absence_analyses.h) over the driving rows.
+  bool fncAnalysis(const std::string& method, Recordset& rsData, const Recordset& drv);
   bool fncReviewRows(std::vector<absence::ReviewRow>& rows);
   void writeReview(const std::vector<absence::ReviewRow>& rows, Recordset& rsData);
 

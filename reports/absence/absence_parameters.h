@@ -13,9 +13,9 @@
 // "MIN_DURATION" and "MIN_OCCURRENCE" that are given but not numeric raise
 // "Type mismatch" (13).
 //
-// "POST_SEQ_ID", "ABSYEAR" (the parameter) and the analyses' parameters
-// ("GROUP_ITEMS" ...) are read and carried in the error dump; the listing
-// and the review variants make no other use of them.
+// "POST_SEQ_ID" and "ABSYEAR" (the parameter) are read and carried in the
+// error dump only. The analyses' parameters ("GROUP_ITEMS" ...) are kept as
+// given; absence_analyses.h reads them.
 //
 // A plain value type; thread-compatible.
 #pragma once
@@ -42,7 +42,7 @@ struct AbsenceParameters {
   std::string minOccurrence;
   std::string absYear;
   std::string include;
-  // The analyses' parameters, carried only.
+  // The analyses' parameters, as given (absence_analyses.h).
   std::string groupItems, subGroup, shortTermCodes, longTermCodes, baseHoursOn, csvPath, groupBy, inclusion,
       actualOrEstimate;
 

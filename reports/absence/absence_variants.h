@@ -5,8 +5,7 @@
 // "BRADFORD"/"16" and "FREQUENCY"/"17" are the employee review variants,
 // built from the same absence rows as the listing. "DISTRIBUTION"/"10",
 // "BREAKDOWN"/"11", "COSTING"/"12" and "NI_ABS"/"NI"/"80" are the absence
-// analyses; they are recognised but not built yet. Any other name is the
-// absence listing.
+// analyses (absence_analyses.h). Any other name is the absence listing.
 //
 // Pure functions; thread-safe.
 #pragma once
@@ -36,11 +35,6 @@ const char* variantName(Variant v);
 // The employee review variants: one row per employee.
 inline bool isReview(Variant v) {
   return v == Variant::EmployeeReview || v == Variant::Bradford || v == Variant::Frequency;
-}
-
-// The analyses that are recognised but not built: ExtractData returns False.
-inline bool isUnbuiltAnalysis(Variant v) {
-  return v == Variant::Distribution || v == Variant::Breakdown || v == Variant::Costing || v == Variant::NiReturn;
 }
 
 }  // namespace orvalis::reports::absence

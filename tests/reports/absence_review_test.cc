@@ -130,15 +130,6 @@ TEST_P(AbsenceReview, MoreThan181SpellsOverflow) {
   EXPECT_NE(errors_->errors()[0].variables.find("STREMP_ID:E9"), std::string::npos);
 }
 
-TEST_P(AbsenceReview, UnbuiltAnalysesReturnFalse) {
-  for (const char* name : {"DISTRIBUTION", "10", "BREAKDOWN", "11", "COSTING", "12", "NI_ABS", "NI", "80"}) {
-    bool ok = true;
-    Recordset rs = extract(name, kPeriod, &ok);
-    EXPECT_FALSE(ok) << name;
-    EXPECT_FALSE(rs.isOpen()) << name;
-  }
-}
-
 INSTANTIATE_TEST_SUITE_P(Engines, AbsenceReview,
                          ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL), engineParamName);
 
