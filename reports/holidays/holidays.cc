@@ -189,6 +189,11 @@ void Holidays::subLoad() {
   // The stored query's employees, once.
   std::unordered_set<std::string> onQuery;
   if (!selection_.queryId.empty()) {
+    Recordset header = open("SELECT CODE_ID FROM ADMGRIDH WHERE CODE_ID = '" + sqlQuote(selection_.queryId) + "'");
+    if (header.rowCount() == 0) {
+      throw Error(err::kInvalidProcedureCall, className(),
+                  "QUERY_ID \"" + selection_.queryId + "\": there is no stored query of that name");
+    }
     const std::string sql = storedQuerySql(selection_.queryId);
     sql_ = sql;
     if (trim(sql).empty()) {
