@@ -205,6 +205,18 @@ TEST_P(HolidaysReport, YearStartAgreesWithTheDiaryPerEmployee) {
   }
 }
 
+TEST_P(HolidaysReport, NoPostNoGradeGivesTheStatutoryMinimumWithANote) {
+  exec("insert into PNLEMPMST (VARIATION_ID, EMP_ID, SURNAME, STATUS_ID, DATE_START) values "
+       "('ORV01', 'N1', 'Nopost', 'C', '2010-01-01')");
+  Recordset rs = run("09", {"START_DATE=01/06/2025"});
+  ASSERT_EQ(rs.rowCount(), 1);
+  EXPECT_EQ(number(rs, 0, "DAYS_PER_WEEK"), 5);
+  EXPECT_EQ(number(rs, 0, "ENTITLEMENT"), 28);
+  EXPECT_EQ(cell(rs, 0, "BASIS"), "Statutory");
+  EXPECT_EQ(cell(rs, 0, "BELOW_STATUTORY"), "No");
+  EXPECT_EQ(cell(rs, 0, "NOTE"), "No post; No holiday grade or holiday year; statutory minimum used");
+}
+
 TEST_P(HolidaysReport, BadInputIsReportedNotRun) {
   person("E1", "2010-01-01");
   struct Case {
