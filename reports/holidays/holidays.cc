@@ -171,7 +171,7 @@ void Holidays::runExtract(const std::string& method, Recordset& rsData, Steps& s
   if (!created) return;
   step(8, [&] {
     subCompute(isDetail(method), rsData);
-    result = !figures_.empty();
+    result = rsData.rowCount() > 0;
   });
   if (result) step(9, [&] { gsubWriteTTX(&rsData, "", true); });
 }

@@ -35,7 +35,8 @@
 //   - BELOW_STATUTORY "Yes" when the total (entitlement + carried forward)
 //     is below the statutory minimum.
 //
-// Every table is read once per run. Errors go to the host's error
+// ExtractData returns False when the selection gives no row. Every table
+// is read once per run. Errors go to the host's error
 // component. An instance keeps its lookups for one call; single-threaded.
 #pragma once
 
