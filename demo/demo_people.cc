@@ -14,6 +14,7 @@ namespace orvalis::demo {
 namespace {
 
 constexpr double kYear = 365.25;
+constexpr uint64_t kYearEndLeaveStream = 0x484F4C;  // "HOL"
 
 // Indexes into the catalogue lists, found by code once.
 template <typename List>
@@ -299,6 +300,7 @@ struct Draw {
                    r.between(4, 8), e);
       }
     }
+    drawYearEndLeave(e, drawn);
     // One absence at a time: drop any that overlaps an earlier one.
     std::sort(drawn.begin(), drawn.end(), [](const Absence& a, const Absence& b) {
       return a.start != b.start ? a.start < b.start : a.post < b.post;
@@ -312,6 +314,27 @@ struct Draw {
       if (a.end == kOpen) break;
     }
     e.absenceCount = static_cast<uint32_t>(co.absences.size() - e.firstAbsence);
+  }
+
+  // Leave across the turn of an April holiday year (Christmas leave already
+  // crosses a calendar one): a week from the last days of March on the main
+  // post, for a quarter of the staff each year, drawn on a stream of its own
+  // so that the other draws stay as they were.
+  void drawYearEndLeave(const Employee& e, std::vector<Absence>& drawn) {
+    if (!co.aprilAbsenceYear) return;
+    Random own = Random::derive(ctx.seed, static_cast<uint64_t>(co.index) + 1, static_cast<uint64_t>(e.number),
+                                kYearEndLeaveStream);
+    Draw draw{ctx, own, co};
+    const Post& p = co.posts[e.mainPost];
+    int64_t from = std::max(ctx.windowStart, p.start);
+    int64_t to = std::min(ctx.windowEnd, p.end);
+    if (!e.current()) to = std::min(to, e.left);
+    for (int year = yearOf(from); year <= yearOf(to); ++year) {
+      int64_t start = dayOf(year, 3, 26) + own.below(4);
+      if (start < from || start > to || !own.chance(0.25)) continue;
+      draw.addAbsence(drawn, p, start, to, indexOf(absenceTypes(), "HOL"), indexOf(absenceReasons(), "HOLS"),
+                      own.between(4, 7), e);
+    }
   }
 
   // ---- The person ----
