@@ -145,6 +145,7 @@ void FEMR::resetWorkingState() {
   history_ = femr::JobHistory();
   summaryRows_.clear();
   cellIndex_.clear();
+  detailIndex_.clear();
 }
 
 void FEMR::readParameters(const std::string& method, const Parameters& parameters) {
@@ -292,7 +293,7 @@ void FEMR::requireColumns(const Recordset& population, const std::vector<std::st
   }
 }
 
-std::map<std::string, std::vector<femr::Job>> FEMR::employeesOf(Recordset& population, bool bySeq) {
+std::map<std::string, std::vector<femr::Job>> FEMR::employeesOf(Recordset& population, bool bySeq, bool withJobs) {
   requireColumns(population, {"EMP_ID"});
   const int emp = population.fieldIndex("EMP_ID");
   const int seq = bySeq ? population.fieldIndex("SEQ_ID") : -1;
@@ -309,7 +310,7 @@ std::map<std::string, std::vector<femr::Job>> FEMR::employeesOf(Recordset& popul
       if (const femr::Job* j = n.isNull() ? nullptr : history_.find(id, static_cast<long>(n.toDouble()))) {
         it->second.push_back(*j);
       }
-    } else if (fresh) {
+    } else if (fresh && withJobs) {
       if (const auto* all = history_.jobsOf(id)) it->second = *all;
     }
   }
@@ -334,13 +335,11 @@ FEMR::Person FEMR::fncPerson(const std::string& empId, const femr::Job* job) {
     p.forename = trim(employees_.textAt(e, 2));
     p.birth = dateValue(femr::dateOf(employees_.at(e, 3)));
     p.joined = dateValue(femr::dateOf(employees_.at(e, 4)));
-    p.end = dateValue(femr::dateOf(employees_.at(e, 5)));  // replaced by the job's below
+    p.left = dateValue(femr::dateOf(employees_.at(e, 5)));
     p.sex = upperTrim(employees_.textAt(e, 6));
     p.religion = upperTrim(employees_.textAt(e, 7));
     p.recMethod = upperTrim(employees_.textAt(e, 8));
   }
-  const Value left = p.end;
-  p.end = Value::null();
   if (job) {
     const long r = job->row;
     p.start = dateValue(job->start);
@@ -358,14 +357,13 @@ FEMR::Person FEMR::fncPerson(const std::string& empId, const femr::Job* job) {
       if (s != jobSoc_.end()) p.socId = upperTrim(s->second);
     }
   }
-  p.received = left;  // DATE_LEFT, for the leavers' rule; not written for employees
   return p;
 }
 
 // In post on the census date (the period's end), by the person's job.
 bool FEMR::inPost(const Person& p) const {
   const DateTime census = period_->end;
-  auto joined = femr::dateOf(p.joined), left = femr::dateOf(p.received), start = femr::dateOf(p.start),
+  auto joined = femr::dateOf(p.joined), left = femr::dateOf(p.left), start = femr::dateOf(p.start),
        end = femr::dateOf(p.end);
   if (joined && census < *joined) return false;
   if (left && *left < census) return false;
@@ -389,8 +387,11 @@ void FEMR::subAdd(Recordset& rsData, Person& p) {
   using femr::Form;
   if (form_ == Form::Detail) {
     rsData.addNew();
+    // Field positions by the (literal) name, found once per run.
     const auto put = [&](const char* name, Value v) {
-      const int i = rsData.fieldIndex(name);
+      auto [slot, fresh] = detailIndex_.try_emplace(name, -1);
+      if (fresh) slot->second = rsData.fieldIndex(name);
+      const int i = slot->second;
       if (i < 0) return;
       if (v.isText()) v = Value(fit(v.text(), rsData.field(i).definedSize));
       rsData.set(i, std::move(v));
@@ -458,7 +459,7 @@ void FEMR::subAdd(Recordset& rsData, Person& p) {
 // Category 01, the workforce on the census date: latest job first.
 bool FEMR::fncBaseLoop01(Recordset& rsData, Recordset& population) {
   const bool bySeq = population.fieldIndex("SEQ_ID") >= 0;
-  for (auto& [id, jobs] : employeesOf(population, bySeq)) {
+  for (auto& [id, jobs] : employeesOf(population, bySeq, true)) {
     std::stable_sort(jobs.begin(), jobs.end(), [](const femr::Job& a, const femr::Job& b) {
       if (a.start.has_value() != b.start.has_value()) return a.start.has_value();
       return a.start && *b.start < *a.start;
@@ -472,11 +473,11 @@ bool FEMR::fncBaseLoop01(Recordset& rsData, Recordset& population) {
 
 // Category 02, leavers in the period: the latest ended job.
 bool FEMR::fncBaseLoop02(Recordset& rsData, Recordset& population) {
-  for (auto& [id, jobs] : employeesOf(population, false)) {
+  for (auto& [id, jobs] : employeesOf(population, false, false)) {
     (void)jobs;
     const std::optional<femr::Job> job = history_.latestEnded(id);
     Person p = fncPerson(id, job ? &*job : nullptr);
-    const auto left = femr::dateOf(p.received);
+    const auto left = femr::dateOf(p.left);
     p.include = left && period_->contains(*left);
     subAdd(rsData, p);
   }
@@ -560,7 +561,7 @@ bool FEMR::fncBaseLoop03(Recordset& rsData, Recordset& population) {
 // Category 04, appointees: the first job that starts in the period.
 bool FEMR::fncBaseLoop04(Recordset& rsData, Recordset& population) {
   const bool bySeq = population.fieldIndex("SEQ_ID") >= 0;
-  for (auto& [id, jobs] : employeesOf(population, bySeq)) {
+  for (auto& [id, jobs] : employeesOf(population, bySeq, true)) {
     std::stable_sort(jobs.begin(), jobs.end(), [](const femr::Job& a, const femr::Job& b) { return a.start < b.start; });
     const femr::Job* job = jobs.empty() ? nullptr : &jobs.front();
     for (const femr::Job& j : jobs) {
@@ -579,7 +580,7 @@ bool FEMR::fncBaseLoop04(Recordset& rsData, Recordset& population) {
 
 // Category 05, promotees: the first promotion in the period.
 bool FEMR::fncBaseLoop05(Recordset& rsData, Recordset& population) {
-  for (auto& [id, jobs] : employeesOf(population, false)) {
+  for (auto& [id, jobs] : employeesOf(population, false, false)) {
     (void)jobs;
     const std::vector<femr::Job> promotions = history_.promotions(id, *period_);
     if (promotions.empty()) continue;
@@ -593,7 +594,7 @@ bool FEMR::fncBaseLoop05(Recordset& rsData, Recordset& population) {
 // Category 06, everyone's latest job (open first); the detail form only.
 bool FEMR::fncBaseLoop06(Recordset& rsData, Recordset& population) {
   if (form_ != femr::Form::Detail) return false;
-  for (auto& [id, jobs] : employeesOf(population, false)) {
+  for (auto& [id, jobs] : employeesOf(population, false, false)) {
     (void)jobs;
     const std::optional<femr::Job> job = history_.latestOpenFirst(id);
     Person p = fncPerson(id, job ? &*job : nullptr);
@@ -609,7 +610,7 @@ bool FEMR::fncBaseLoop06(Recordset& rsData, Recordset& population) {
 // that set the category themselves.
 bool FEMR::fncBaseLoop(Recordset& rsData, Recordset& population) {
   const std::string v = sqlQuote(gfncCompanyCode());
-  for (auto& [id, jobs] : employeesOf(population, population.fieldIndex("SEQ_ID") >= 0)) {
+  for (auto& [id, jobs] : employeesOf(population, population.fieldIndex("SEQ_ID") >= 0, true)) {
     std::stable_sort(jobs.begin(), jobs.end(), [](const femr::Job& a, const femr::Job& b) { return b.start < a.start; });
     Person p = fncPerson(id, jobs.empty() ? nullptr : &jobs.front());
     sql_ = "select SAL_VALUE from PNLEMPSH where VARIATION_ID = '" + v + "' and EMP_ID = '" + sqlQuote(p.empId) +

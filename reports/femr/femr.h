@@ -105,7 +105,7 @@ class FEMR final : public ReportClass {
   struct Person {
     std::string empId, surname, forename, jobId, socId, recMethod, religion, dept, loc, employ, sex, reason, method;
     std::string ref1, ref2;
-    Value birth, joined, start, end, received, hours, weeks;
+    Value birth, joined, left, start, end, received, hours, weeks;
     bool include = false;
     bool missing = false;
   };
@@ -124,8 +124,8 @@ class FEMR final : public ReportClass {
 
   // The population's employees (upper-cased keys, in order) with their job
   // records: the population's SEQ_ID rows when it has that column, else all
-  // of the employee's jobs.
-  std::map<std::string, std::vector<femr::Job>> employeesOf(Recordset& population, bool bySeq);
+  // of the employee's jobs (withJobs false: none, the loop chooses itself).
+  std::map<std::string, std::vector<femr::Job>> employeesOf(Recordset& population, bool bySeq, bool withJobs);
   void requireColumns(const Recordset& population, const std::vector<std::string>& columns) const;
   Person fncPerson(const std::string& empId, const femr::Job* job);
   bool inPost(const Person& p) const;
@@ -147,6 +147,7 @@ class FEMR final : public ReportClass {
   // Summary rows by their key, and the cells' field positions.
   std::unordered_map<std::string, long> summaryRows_;
   std::unordered_map<std::string, int> cellIndex_;
+  std::unordered_map<const char*, int> detailIndex_;
 };
 
 // Adds the class to the registry (reports/report_classes.h).
