@@ -253,9 +253,14 @@ TEST_F(FemrTest, BadInputFailsClearlyOrProducesNothing) {
   // An unknown query, and a population without EMP_ID, go to the error component.
   run("81", "01", "NOSUCH", "01/01/2024", "31/12/2024", false);
   run("81", "01", "CANQ", "01/01/2024", "31/12/2024", false);
-  ASSERT_EQ(errors_->errors().size(), 2u);
+  // A query class nobody registered cannot be created.
+  gsubSetControlValue("", "ADM", "OBJECT_ADM_QUERY", "Other.Query");
+  run("81", "01", "FEMRQ", "01/01/2024", "31/12/2024", false);
+  ASSERT_EQ(errors_->errors().size(), 3u);
   EXPECT_NE(errors_->errors()[0].description.find("\"NOSUCH\""), std::string::npos);
   EXPECT_NE(errors_->errors()[1].description.find("no column EMP_ID, which category 01 needs"), std::string::npos);
+  EXPECT_EQ(errors_->errors()[2].number, err::kClassNotRegistered);
+  EXPECT_NE(errors_->errors()[2].description.find("\"Other.Query\""), std::string::npos);
 }
 
 // The one-read choices against the per-employee statements, every employee
