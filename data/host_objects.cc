@@ -27,6 +27,10 @@ void gsubRegisterQueryClass(const std::string& className, QueryObjectFactory fac
   queryClasses()[upperTrim(className)] = std::move(factory);
 }
 
+bool gfncQueryClassRegistered(const std::string& className) {
+  return queryClasses().count(upperTrim(className)) > 0;
+}
+
 std::unique_ptr<QueryObject> gfncCreateQueryObject(const std::string& module, const std::string& kind) {
   const std::string name = gfncHostClassName(module, kind);
   auto found = queryClasses().find(upperTrim(name));

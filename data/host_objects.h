@@ -46,6 +46,9 @@ std::string gfncHostClassName(const std::string& module, const std::string& kind
 // registration of the same name replaces the first.
 void gsubRegisterQueryClass(const std::string& className, QueryObjectFactory factory);
 
+// Whether a class of that name can be created.
+bool gfncQueryClassRegistered(const std::string& className);
+
 // A new query object of the class configured for (module, kind).
 std::unique_ptr<QueryObject> gfncCreateQueryObject(const std::string& module, const std::string& kind);
 

@@ -21,6 +21,7 @@ bool StoredQueryObject::GetRecordSet(const std::string& queryId, const std::stri
 }
 
 void registerQueryObject() {
+  if (gfncQueryClassRegistered(kDefaultQueryClass)) return;  // a host's own class stays
   gsubRegisterQueryClass(kDefaultQueryClass, [] { return std::make_unique<StoredQueryObject>(); });
 }
 

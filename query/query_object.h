@@ -1,8 +1,9 @@
 // The standalone query object ("HRQuery.Query"), what the host's query
 // object does for a report that asks for the rows of a stored query:
 // gfncBuildSQL(user, query, portal form, apply access, "") opened through
-// the recordset opener. registerQueryObject() makes it creatable under
-// kDefaultQueryClass (data/host_objects.h); calling it again is harmless.
+// the recordset opener; a query id with no ADMGRIDH row gives false.
+// registerQueryObject() makes it creatable under kDefaultQueryClass
+// (data/host_objects.h) unless a class of that name is registered already.
 //
 // Errors of the build and of the statement go to the caller. Single-threaded.
 #pragma once

@@ -317,11 +317,11 @@ std::map<std::string, std::vector<femr::Job>> FEMR::employeesOf(Recordset& popul
   return out;
 }
 
-std::string FEMR::fncDescription(const std::string& table, const std::string& code) const {
+std::string_view FEMR::fncDescription(const std::string& table, const std::string& code) const {
   auto t = codes_.find(table);
-  if (t == codes_.end()) return "";
-  auto c = t->second.find(upperTrim(code));
-  return c == t->second.end() ? "" : c->second;
+  if (t == codes_.end()) return {};
+  auto c = t->second.find(code);  // codes are kept upper-cased and trimmed
+  return c == t->second.end() ? std::string_view() : std::string_view(c->second);
 }
 
 FEMR::Person FEMR::fncPerson(const std::string& empId, const femr::Job* job) {
@@ -387,38 +387,46 @@ void FEMR::subAdd(Recordset& rsData, Person& p) {
   using femr::Form;
   if (form_ == Form::Detail) {
     rsData.addNew();
+    const long row = rsData.currentRow();
     // Field positions by the (literal) name, found once per run.
-    const auto put = [&](const char* name, Value v) {
+    const auto position = [&](const char* name) {
       auto [slot, fresh] = detailIndex_.try_emplace(name, -1);
       if (fresh) slot->second = rsData.fieldIndex(name);
-      const int i = slot->second;
-      if (i < 0) return;
-      if (v.isText()) v = Value(fit(v.text(), rsData.field(i).definedSize));
-      rsData.set(i, std::move(v));
+      return slot->second;
     };
-    put("CATEGORY", Value(category_));
-    put("EMP_ID", Value(p.empId));
-    put("SURNAME", Value(p.surname));
-    put("FORENAME", Value(p.forename));
+    const auto text = [&](const char* name, std::string_view v) {
+      const int i = position(name);
+      if (i < 0) return;
+      const long size = rsData.field(i).definedSize;
+      rsData.setTextAt(row, i, static_cast<long>(v.size()) > size ? v.substr(0, static_cast<size_t>(size)) : v);
+    };
+    const auto put = [&](const char* name, Value v) {
+      const int i = position(name);
+      if (i >= 0 && !v.isNull()) rsData.setAt(row, i, std::move(v));
+    };
+    text("CATEGORY", category_);
+    text("EMP_ID", p.empId);
+    text("SURNAME", p.surname);
+    text("FORENAME", p.forename);
     put("DATE_OF_BIRTH", p.birth);
     put("DATE_START", p.joined);
     put("START_DATE", p.start);
     put("END_DATE", p.end);
     for (const Described& d : kDescribed) {
       const std::string& code = p.*d.code;
-      put(d.idField, Value(code));
-      put(d.descField, Value(code == kMissingCode ? std::string(kMissingDescription) : fncDescription(d.table, code)));
+      text(d.idField, code);
+      text(d.descField, code == kMissingCode ? std::string_view(kMissingDescription) : fncDescription(d.table, code));
     }
     put("DATE_APP_REC", p.received);
     put("HOURS_PER_WEEK", p.hours);
     put("WEEKS_PER_YEAR", p.weeks);
     put("TOTAL_HOURS", p.hours.isNull() || p.weeks.isNull() ? Value::null()
                                                              : Value(p.hours.toDouble() * p.weeks.toDouble()));
-    put("USE_FOR_RETURN", Value(p.include ? "True" : "False"));
-    put("DATA_MISSING", Value(p.missing ? "*" : ""));
-    put("REF_1_ID", p.ref1.empty() ? Value::null() : Value(p.ref1));
-    put("REF_2_ID", p.ref2.empty() ? Value::null() : Value(p.ref2));
-    put("FTPT", Value(femr::patternOf(p.employ)));
+    text("USE_FOR_RETURN", p.include ? "True" : "False");
+    text("DATA_MISSING", p.missing ? "*" : "");
+    if (!p.ref1.empty()) text("REF_1_ID", p.ref1);
+    if (!p.ref2.empty()) text("REF_2_ID", p.ref2);
+    text("FTPT", femr::patternOf(p.employ));
     return;
   }
   if (!p.include) return;
@@ -427,7 +435,7 @@ void FEMR::subAdd(Recordset& rsData, Person& p) {
     k1 = category_ == "03" ? (isCommunityMethod(p.method) ? p.method : std::string(kMissingCode)) : "";
   } else if (form_ == Form::Gender) {
     k1 = p.sex;
-    k1Desc = p.sex == kMissingCode ? std::string(kMissingDescription) : fncDescription("PNLSEX", p.sex);
+    k1Desc = p.sex == kMissingCode ? std::string(kMissingDescription) : std::string(fncDescription("PNLSEX", p.sex));
   } else {
     k1 = femr::genderOf(p.sex) == "Male" ? "M" : "F";
     k1Desc = femr::genderOf(p.sex);
@@ -445,7 +453,7 @@ void FEMR::subAdd(Recordset& rsData, Person& p) {
       rsData.set(1, Value(fit(k1Desc, 40)));
     }
     rsData.set(2, Value(p.socId));
-    rsData.set(3, Value(fit(p.socId == kMissingCode ? std::string(kMissingDescription) : fncDescription("PNLSOC", p.socId), 40)));
+    rsData.set(3, Value(fit(p.socId == kMissingCode ? std::string(kMissingDescription) : std::string(fncDescription("PNLSOC", p.socId)), 40)));
     for (const std::string& cell : femr::summaryCells(form_)) rsData.set(cell, Value(0.0));
   }
   const femr::Cell cell = femr::cellOf(form_, p.sex, p.religion, p.employ);

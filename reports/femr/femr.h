@@ -71,6 +71,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -130,7 +131,7 @@ class FEMR final : public ReportClass {
   Person fncPerson(const std::string& empId, const femr::Job* job);
   bool inPost(const Person& p) const;
   void subAdd(Recordset& rsData, Person& p);
-  std::string fncDescription(const std::string& table, const std::string& code) const;
+  std::string_view fncDescription(const std::string& table, const std::string& code) const;
 
   std::string startText_, endText_, queryId_, category_;
   std::optional<femr::Period> period_;
