@@ -7,6 +7,7 @@
 #include <sstream>
 #include <vector>
 
+#include "cli/html_output.h"
 #include "cli/xlsx_output.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
@@ -75,6 +76,7 @@ std::optional<OutputFormat> parseOutputFormat(std::string_view name) {
   if (n == "json") return OutputFormat::Json;
   if (n == "xml") return OutputFormat::Xml;
   if (n == "xlsx") return OutputFormat::Xlsx;
+  if (n == "html") return OutputFormat::Html;
   return std::nullopt;
 }
 
@@ -149,6 +151,7 @@ void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format,
       out << recordsetXlsx(rs, heading, std::cerr);
       return;
     case OutputFormat::Html:
+      writeRecordsetHtml(out, rs, heading);
       return;
   }
 }
