@@ -17,6 +17,7 @@
 #include "component/class_registry.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
+#include "runtime/progress.h"
 
 namespace orvalis::cli {
 namespace {
@@ -52,6 +53,7 @@ void run(CliContext& context, const ExtractArgs& args) {
                 "no report class \"" + id + "\" (see \"orvalis classes\")");
   }
   std::vector<Value> elements(args.parameters.begin(), args.parameters.end());
+  ProgressTask progress("extract " + args.className + " " + args.method);
   if (args.asString) {
     auto* strings = dynamic_cast<StringExtract*>(report.get());
     if (strings == nullptr) {

@@ -32,6 +32,7 @@
 #include "query/sql_builder.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
+#include "runtime/progress.h"
 
 namespace orvalis::cli {
 namespace {
@@ -95,6 +96,7 @@ void runQuery(CliContext& context, const QueryArgs& args) {
     context.exitCode = 1;
     return;
   }
+  ProgressTask progress("query " + args.queryId);
   Recordset rs;
   bool opened = gfncOpenRecordset(sql, rs);
   std::vector<std::string> parameters;

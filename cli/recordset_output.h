@@ -30,6 +30,7 @@
 #include <string_view>
 #include <vector>
 
+#include "runtime/progress.h"
 #include "runtime/recordset.h"
 
 namespace orvalis::cli {
@@ -65,18 +66,25 @@ std::string recordsetText(const Recordset& rs, OutputFormat format, bool result,
 // (xlsx to a terminal).
 void checkOutputTarget(OutputFormat format, const std::string& outPath);
 
-// Calls visit(row accessor) for each row the cursor would visit.
+// Calls visit(row accessor) for each row the cursor would visit, and
+// reports the rows written to the current progress task.
 template <typename Visit>
 void forEachRow(const Recordset& rs, Visit visit) {
+  constexpr long kStep = 256;
   if (rs.filter().empty() && rs.sort().empty()) {
-    for (long row = 0; row < rs.rowCount(); ++row) {
+    const long rows = rs.rowCount();
+    for (long row = 0; row < rows; ++row) {
+      if (row % kStep == 0) progressStep(static_cast<double>(row), static_cast<double>(rows), "writing");
       visit([&](int i) { return rs.at(row, i); });
     }
     return;
   }
   Recordset view = rs;  // a snapshot, so that the caller's cursor stays put
-  if (view.recordCount() == 0) return;
-  for (view.moveFirst(); !view.eof(); view.moveNext()) {
+  const long rows = view.recordCount();
+  if (rows == 0) return;
+  long done = 0;
+  for (view.moveFirst(); !view.eof(); view.moveNext(), ++done) {
+    if (done % kStep == 0) progressStep(static_cast<double>(done), static_cast<double>(rows), "writing");
     visit([&](int i) { return view.get(i); });
   }
 }
