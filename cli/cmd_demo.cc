@@ -7,8 +7,6 @@
 // is complete or a stopped build. --if-missing keeps a complete demo
 // database and builds one only when there is none (the main job's check).
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -17,6 +15,7 @@
 #include "runtime/basic_date.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
+#include "runtime/progress.h"
 #include "demo/demo_database.h"
 
 namespace orvalis::cli {
@@ -31,39 +30,6 @@ struct DemoArgs {
   bool replace = false;
   bool ifMissing = false;
   bool quiet = false;
-};
-
-// A one-line bar on stderr, redrawn in place: only when stderr is a
-// terminal, so that logs and pipes get the summary alone.
-class ProgressBar {
- public:
-  explicit ProgressBar(bool enabled) : enabled_(enabled) {}
-  ~ProgressBar() { finish(); }
-
-  void update(double share, const std::string& table) {
-    if (!enabled_) return;
-    int percent = static_cast<int>(share * 100.0);
-    if (percent == lastPercent_ && table == lastTable_) return;
-    lastPercent_ = percent;
-    lastTable_ = table;
-    constexpr int kWidth = 30;
-    int filled = percent * kWidth / 100;
-    std::fprintf(stderr, "\r[%s%s] %3d%% %-12s", std::string(static_cast<size_t>(filled), '#').c_str(),
-                 std::string(static_cast<size_t>(kWidth - filled), ' ').c_str(), percent, table.c_str());
-    std::fflush(stderr);
-    drawn_ = true;
-  }
-
-  void finish() {
-    if (drawn_) std::fprintf(stderr, "\r%60s\r", "");
-    drawn_ = false;
-  }
-
- private:
-  bool enabled_;
-  bool drawn_ = false;
-  int lastPercent_ = -1;
-  std::string lastTable_;
 };
 
 void setup(CLI::App& app, CliContext& context) {
@@ -95,8 +61,9 @@ void setup(CLI::App& app, CliContext& context) {
       if (!day) throw Error(err::kTypeMismatch, "orvalis", "--as-of: not a date: " + args->asOf);
       options.asOf = day->datePart();
     }
-    ProgressBar bar(!args->quiet && isatty(STDERR_FILENO));
-    options.progress = [&bar](double share, const std::string& table) { bar.update(share, table); };
+    if (args->quiet) setProgressShown(false);
+    ProgressTask bar("demo-db", "");
+    options.progress = [&bar](double share, const std::string& table) { bar.update(share, 1, table); };
 
     const std::string url = context.environment(CliContext::Access::Lazy).config().hrUrl;
     const bool sqliteFile = startsWith(url, "sqlite:") && url != "sqlite::memory:";

@@ -17,6 +17,7 @@
 #include "component/class_registry.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
+#include "runtime/progress.h"
 
 namespace orvalis::cli {
 namespace {
@@ -44,6 +45,7 @@ void run(CliContext& context, const ExtractArgs& args) {
       throw Error(err::kInvalidProcedureCall, "orvalis", "unknown --format \"" + args.format + "\"");
     format = *parsed;
   }
+  checkOutputTarget(format, args.out);
   const std::string id = classIdOf(args.className);
   std::unique_ptr<ReportClass> report = createReportClass(id);
   if (!report) {
@@ -51,6 +53,7 @@ void run(CliContext& context, const ExtractArgs& args) {
                 "no report class \"" + id + "\" (see \"orvalis classes\")");
   }
   std::vector<Value> elements(args.parameters.begin(), args.parameters.end());
+  ProgressTask progress("extract " + args.className + " " + args.method);
   if (args.asString) {
     auto* strings = dynamic_cast<StringExtract*>(report.get());
     if (strings == nullptr) {
@@ -66,7 +69,8 @@ void run(CliContext& context, const ExtractArgs& args) {
   Recordset rsData;
   const bool result =
       report->ExtractData(context.sharedEnvironment(), args.method, Parameters(std::move(elements)), rsData);
-  context.output.write(args.out, recordsetText(rsData, format, result));
+  ReportHeading heading{id + " " + args.method, args.method, context.environment().CompanyCode(), args.parameters};
+  context.output.write(args.out, recordsetText(rsData, format, result, heading));
   context.exitCode = result ? 0 : 1;
 }
 
@@ -79,7 +83,7 @@ void setup(CLI::App& app, CliContext& context) {
   cmd->add_option("PARAM", args->parameters,
                   "parameter elements in order, as text; NAME=value for named ones");
   cmd->add_option("--format", args->format,
-                  "table, csv, json or xml (default: table on a terminal, else csv)");
+                  "table, csv, json, xml, xlsx or html (default: table on a terminal, else csv)");
   cmd->add_option("--out", args->out, "write to this file instead of standard output (- for standard output); written only on success");
   cmd->add_flag("--string", args->asString,
                 "call ExtractStringData and print its text (classes that have it, e.g. SIR_HE)");

@@ -32,6 +32,7 @@
 #include "query/sql_builder.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
+#include "runtime/progress.h"
 
 namespace orvalis::cli {
 namespace {
@@ -88,15 +89,22 @@ void runQuery(CliContext& context, const QueryArgs& args) {
     if (!parsed) throw Error(err::kInvalidProcedureCall, "orvalis", "unknown --format \"" + args.format + "\"");
     format = *parsed;
   }
+  checkOutputTarget(format, args.out);
   std::string sql = buildStatement(context, args);
   if (sql.empty()) {
     std::cerr << "orvalis: query \"" << args.queryId << "\" gives no SQL\n";
     context.exitCode = 1;
     return;
   }
+  ProgressTask progress("query " + args.queryId);
   Recordset rs;
   bool opened = gfncOpenRecordset(sql, rs);
-  context.output.write(args.out, recordsetText(rs, format, opened));
+  std::vector<std::string> parameters;
+  if (!args.portalForm.empty()) parameters.push_back("portal form " + args.portalForm);
+  if (!args.applyAccess.empty()) parameters.push_back("apply access " + args.applyAccess);
+  if (!args.formSettings.empty()) parameters.push_back("form settings " + args.formSettings);
+  ReportHeading heading{"query " + args.queryId, args.queryId, context.environment().CompanyCode(), parameters};
+  context.output.write(args.out, recordsetText(rs, format, opened, heading));
   context.exitCode = opened ? 0 : 2;
 }
 
@@ -109,7 +117,7 @@ void setup(CLI::App& app, CliContext& context) {
   auto queryArgs = std::make_shared<QueryArgs>();
   auto* query = app.add_subcommand("query", "build a stored query's statement, run it and write its rows");
   addBuildOptions(query, *queryArgs);
-  query->add_option("--format", queryArgs->format, "table, csv, json or xml (default: table on a terminal, else csv)");
+  query->add_option("--format", queryArgs->format, "table, csv, json, xml, xlsx or html (default: table on a terminal, else csv)");
   query->add_option("--out", queryArgs->out, "write to this file instead of standard output (- for standard output); written only on success");
   query->callback([&context, queryArgs] { runQuery(context, *queryArgs); });
 

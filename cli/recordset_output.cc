@@ -7,7 +7,10 @@
 #include <sstream>
 #include <vector>
 
+#include "cli/html_output.h"
+#include "cli/xlsx_output.h"
 #include "runtime/basic_string.h"
+#include "runtime/error.h"
 #include "runtime/xml_rowset.h"
 
 namespace orvalis::cli {
@@ -18,22 +21,6 @@ std::string isoDate(DateTime d) {
   std::string s = d.iso();
   if (s.size() > 10) s[10] = 'T';
   return s;
-}
-
-// Calls visit(row accessor) for each row the cursor would visit.
-template <typename Visit>
-void forEachRow(const Recordset& rs, Visit visit) {
-  if (rs.filter().empty() && rs.sort().empty()) {
-    for (long row = 0; row < rs.rowCount(); ++row) {
-      visit([&](int i) { return rs.at(row, i); });
-    }
-    return;
-  }
-  Recordset view = rs;  // a snapshot, so that the caller's cursor stays put
-  if (view.recordCount() == 0) return;
-  for (view.moveFirst(); !view.eof(); view.moveNext()) {
-    visit([&](int i) { return view.get(i); });
-  }
 }
 
 std::string csvField(const std::string& text) {
@@ -88,6 +75,8 @@ std::optional<OutputFormat> parseOutputFormat(std::string_view name) {
   if (n == "csv") return OutputFormat::Csv;
   if (n == "json") return OutputFormat::Json;
   if (n == "xml") return OutputFormat::Xml;
+  if (n == "xlsx") return OutputFormat::Xlsx;
+  if (n == "html") return OutputFormat::Html;
   return std::nullopt;
 }
 
@@ -136,7 +125,15 @@ nlohmann::ordered_json recordsetJson(const Recordset& rs, bool result) {
   return doc;
 }
 
-void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format, bool result) {
+void checkOutputTarget(OutputFormat format, const std::string& outPath) {
+  if (format == OutputFormat::Xlsx && (outPath.empty() || outPath == "-") && isatty(STDOUT_FILENO)) {
+    throw Error(err::kInvalidProcedureCall, "orvalis",
+                "--format xlsx writes a binary file: give --out FILE.xlsx (or redirect standard output)");
+  }
+}
+
+void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format, bool result,
+                    const ReportHeading& heading) {
   switch (format) {
     case OutputFormat::Table:
       writeTable(out, rs);
@@ -145,17 +142,25 @@ void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format,
       writeCsv(out, rs);
       return;
     case OutputFormat::Json:
-      out << recordsetJson(rs, result).dump() << "\n";
+      out << recordsetJson(rs, result).dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
       return;
     case OutputFormat::Xml:
       saveRecordsetAsXml(rs, out);
       return;
+    case OutputFormat::Xlsx:
+      out << recordsetXlsx(rs, heading, std::cerr);
+      return;
+    case OutputFormat::Html:
+      writeRecordsetHtml(out, rs, heading);
+      return;
   }
 }
 
-std::string recordsetText(const Recordset& rs, OutputFormat format, bool result) {
+std::string recordsetText(const Recordset& rs, OutputFormat format, bool result,
+                          const ReportHeading& heading) {
+  if (format == OutputFormat::Xlsx) return recordsetXlsx(rs, heading, std::cerr);
   std::ostringstream out;
-  writeRecordset(out, rs, format, result);
+  writeRecordset(out, rs, format, result, heading);
   return out.str();
 }
 

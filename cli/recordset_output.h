@@ -10,8 +10,11 @@
 //           "rows": [[...], ...]}
 //          text as strings, numbers as numbers, Booleans as true/false,
 //          Null and Empty as null, dates as "YYYY-MM-DD" or
-//          "YYYY-MM-DDTHH:MM:SS"
+//          "YYYY-MM-DDTHH:MM:SS"; bytes that are not UTF-8 become U+FFFD
 //   xml    the ADO persisted XML rowset (runtime/xml_rowset.h)
+//   xlsx   a spreadsheet workbook (cli/xlsx_output.h); binary, so never
+//          written to a terminal
+//   html   one self-contained page (cli/html_output.h)
 // In table and CSV output Null is an empty field, dates are written as in
 // JSON and Booleans as True/False. The default is table when standard
 // output is a terminal and CSV otherwise, so that pipes get data.
@@ -25,12 +28,24 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "runtime/progress.h"
 #include "runtime/recordset.h"
 
 namespace orvalis::cli {
 
-enum class OutputFormat { Table, Csv, Json, Xml };
+enum class OutputFormat { Table, Csv, Json, Xml, Xlsx, Html };
+
+// What a document format says about the run besides its rows: the title
+// ("ORVALIS.SIR_HE LOCATIONS"), a short name (the spreadsheet's sheet), the
+// company code and the parameters as the user gave them.
+struct ReportHeading {
+  std::string title;
+  std::string name;
+  std::string company;
+  std::vector<std::string> parameters;
+};
 
 std::optional<OutputFormat> parseOutputFormat(std::string_view name);
 OutputFormat defaultOutputFormat();
@@ -40,9 +55,38 @@ nlohmann::ordered_json valueJson(const Value& v);
 std::string valueText(const Value& v);
 
 nlohmann::ordered_json recordsetJson(const Recordset& rs, bool result);
-void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format, bool result);
+void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format, bool result,
+                    const ReportHeading& heading = {});
 
-// The output of writeRecordset as text.
-std::string recordsetText(const Recordset& rs, OutputFormat format, bool result);
+// The output of writeRecordset as text (bytes, for xlsx).
+std::string recordsetText(const Recordset& rs, OutputFormat format, bool result,
+                          const ReportHeading& heading = {});
+
+// Raises orvalis::Error when the format cannot go where --out sends it
+// (xlsx to a terminal).
+void checkOutputTarget(OutputFormat format, const std::string& outPath);
+
+// Calls visit(row accessor) for each row the cursor would visit, and
+// reports the rows written to the current progress task.
+template <typename Visit>
+void forEachRow(const Recordset& rs, Visit visit) {
+  constexpr long kStep = 256;
+  if (rs.filter().empty() && rs.sort().empty()) {
+    const long rows = rs.rowCount();
+    for (long row = 0; row < rows; ++row) {
+      if (row % kStep == 0) progressStep(static_cast<double>(row), static_cast<double>(rows), "writing");
+      visit([&](int i) { return rs.at(row, i); });
+    }
+    return;
+  }
+  Recordset view = rs;  // a snapshot, so that the caller's cursor stays put
+  const long rows = view.recordCount();
+  if (rows == 0) return;
+  long done = 0;
+  for (view.moveFirst(); !view.eof(); view.moveNext(), ++done) {
+    if (done % kStep == 0) progressStep(static_cast<double>(done), static_cast<double>(rows), "writing");
+    visit([&](int i) { return view.get(i); });
+  }
+}
 
 }  // namespace orvalis::cli

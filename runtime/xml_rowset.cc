@@ -77,8 +77,9 @@ bool isXmlChar(char32_t cp) {
          (cp >= 0xE000 && cp <= 0xFFFD) || (cp >= 0x10000 && cp <= 0x10FFFF);
 }
 
-// Text every XML parser accepts: see the header.
-std::string xmlSafe(std::string_view s) {
+}  // namespace
+
+std::string xmlSafeText(std::string_view s) {
   bool plain = true;
   for (char c : s) {
     auto b = static_cast<unsigned char>(c);
@@ -102,6 +103,8 @@ std::string xmlSafe(std::string_view s) {
   }
   return out;
 }
+
+namespace {
 
 // ---- Names ----
 
@@ -264,7 +267,7 @@ std::vector<Column> columnsOf(const Recordset& rs) {
     while (taken.count(alias) != 0 || used.count(alias) != 0) alias += '_';
     used.insert(alias);
     taken.insert(alias);
-    cols.push_back({alias, xmlSafe(name)});
+    cols.push_back({alias, xmlSafeText(name)});
   }
   return cols;
 }
@@ -378,7 +381,7 @@ std::string xmlRowsetValueText(const Value& value, int adoType) {
         for (char c : value.asText()) hex += fmt::format("{:02x}", static_cast<unsigned char>(c));
         return hex;
       }
-      return xmlSafe(value.asText());
+      return xmlSafeText(value.asText());
   }
   return "";
 }

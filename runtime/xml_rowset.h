@@ -72,6 +72,12 @@ std::string xmlRowsetValueText(const Value& value, int adoType);
 // alias.
 bool isXmlRowsetName(std::string_view name);
 
+// Text every XML parser accepts: characters XML 1.0 does not allow (the
+// control characters other than tab, line feed and carriage return, U+FFFE,
+// U+FFFF) become U+FFFD, and bytes that are not UTF-8 are read as Latin-1.
+// The spreadsheet writer uses the same rule.
+std::string xmlSafeText(std::string_view s);
+
 // The namespaces of the document element.
 inline constexpr const char* kXmlRowsetSchemaNs = "uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882";
 inline constexpr const char* kXmlRowsetDataTypeNs = "uuid:C2F41010-65B3-11d1-A29F-00AA00C14882";

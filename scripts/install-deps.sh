@@ -15,6 +15,7 @@ packages=(
   libfmt-dev libcli11-dev nlohmann-json3-dev libpugixml-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   libxml2-utils ccache
+  libxlsxwriter-dev python3-openpyxl chromium
 )
 if [ "${1:-}" = fuzz ]; then
   packages+=(clang libclang-rt-dev)

@@ -6,6 +6,7 @@
 #include "runtime/basic_date.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
+#include "runtime/progress.h"
 
 namespace orvalis::reports {
 
@@ -62,6 +63,7 @@ QueryRowCopier::QueryRowCopier(const Recordset& rsQuery, const Recordset& rsData
 }
 
 void QueryRowCopier::copy(const Recordset& rsQuery, long row, Recordset& rsData) const {
+  progressStep(static_cast<double>(row + 1), static_cast<double>(rsQuery.rowCount()));
   for (const Column& c : columns_) {
     Value v = rsQuery.at(row, c.from);
     if (c.dateTime && !v.isNull() && !v.isDate()) {
