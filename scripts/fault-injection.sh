@@ -23,14 +23,14 @@
 # and --out unchanged. The URLs carry a password (the server trusts every
 # local connection), which must never appear in a message.
 #
-# RUNS (default 12) is the number of kill and of restart runs per server
+# RUNS (default 20) is the number of kill and of restart runs per server
 # connection (native and ODBC); every report also gets a timeout run per
 # connection and a lock run. RANDOM_SEED fixes the choices. Prints one line
 # per failed run and a summary; exits 1 when any run failed.
 set -uo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 O=${1:?usage: fault-injection.sh ORVALIS [RUNS]}
-RUNS=${2:-12}
+RUNS=${2:-20}
 seed=${RANDOM_SEED:-$$}
 RANDOM=$seed
 PG_BIN=${PG_BIN:-/usr/lib/postgresql/15/bin}
@@ -116,7 +116,8 @@ for kind in pg odbc sqlite; do
 done
 
 runs=0 kills=0 restarts=0 timeouts=0 locks=0 good=0 clean=0 wrong=0
-declare -A KIND_RUNS
+declare -A OUTCOME  # kind.0 / kind.2: runs of each kind by exit status
+label=""            # the kind of the runs under way
 
 # check NAME REF RC OUTMODE: one of the two allowed outcomes.
 check() {
@@ -134,6 +135,7 @@ check() {
       bad="exit 0 with --out and text on standard output"
     else
       good=$((good + 1))
+      OUTCOME[$label.0]=$((${OUTCOME[$label.0]:-0} + 1))
     fi
   elif [[ -z $bad && $rc -eq 2 ]]; then
     if [[ -s $tmp/stdout ]]; then
@@ -144,6 +146,7 @@ check() {
       bad="exit 2 with $lines lines on stderr"
     else
       clean=$((clean + 1))
+      OUTCOME[$label.2]=$((${OUTCOME[$label.2]:-0} + 1))
     fi
   elif [[ -z $bad ]]; then
     bad="exit $rc"
@@ -190,8 +193,10 @@ run_report() {
 
 for kind in pg odbc; do
   for i in $(seq 1 "$RUNS"); do
+    label=kill
     run_report "$kind" $((RANDOM % ${#REPORTS[@]})) kill
     kills=$((kills + 1))
+    label=restart
     run_report "$kind" $((RANDOM % ${#REPORTS[@]})) restart
     restarts=$((restarts + 1))
   done
@@ -199,6 +204,7 @@ done
 
 # A long statement: the employee table locked by another session.
 timed_out=0
+label=timeout
 for kind in pg odbc; do
   for r in "${!REPORTS[@]}"; do
     psql_ -c "BEGIN" -c "LOCK TABLE pnlempmst IN ACCESS EXCLUSIVE MODE" -c "SELECT pg_sleep(30)" \
@@ -220,6 +226,7 @@ done
 
 # SQLite: another writer holds the write lock. Readers go on; a write waits
 # --busy-timeout and fails.
+label=lock
 sqlite_db=${SQLITE_URL#sqlite:}
 exec {lockfd}> >(sqlite3 "$sqlite_db" >/dev/null 2>&1)
 echo "BEGIN IMMEDIATE;" >&$lockfd
@@ -241,7 +248,11 @@ locks=$((locks + 1))
 echo "COMMIT;" >&$lockfd
 exec {lockfd}>&-
 
+kinds=""
+for k in kill restart timeout lock; do
+  kinds+=" $k ${OUTCOME[$k.0]:-0}/${OUTCOME[$k.2]:-0};"
+done
 echo "fault-injection: $runs runs (seed $seed): $kills kills, $restarts restarts, $timeouts long statements" \
   "($timed_out timed out), $locks under an SQLite writer's lock; exit 0 with the undisturbed output: $good," \
-  "exit 2 cleanly: $clean; wrong outputs: $wrong; $(($(date +%s) - started)) s"
+  "exit 2 cleanly: $clean (exit 0/2 by kind:$kinds); wrong outputs: $wrong; $(($(date +%s) - started)) s"
 ((wrong == 0))

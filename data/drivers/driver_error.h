@@ -40,14 +40,15 @@ namespace orvalis::drivers {
 }
 
 // The first words of a statement, enough to recognise it: blanks folded,
-// cut after about 60 characters at a word's end.
+// cut after about 60 characters at a word's end (80 within a long word).
 inline std::string statementHead(std::string_view sql) {
   constexpr size_t kLength = 60;
+  constexpr size_t kLongest = 80;
   std::string head;
   for (char c : sql) {
     const bool blank = c == '\n' || c == '\r' || c == '\t' || c == ' ';
     if (blank && (head.empty() || head.back() == ' ')) continue;
-    if (blank && head.size() >= kLength) return head + "...";
+    if ((blank && head.size() >= kLength) || head.size() >= kLongest) return head + "...";
     head.push_back(blank ? ' ' : c);
   }
   while (!head.empty() && head.back() == ' ') head.pop_back();
