@@ -25,8 +25,10 @@
 #
 # RUNS (default 20) is the number of kill and of restart runs per server
 # connection (native and ODBC); every report also gets a timeout run per
-# connection and a lock run. RANDOM_SEED fixes the choices. Prints one line
-# per failed run and a summary; exits 1 when any run failed.
+# connection and a lock run. RANDOM_SEED fixes the choices; FAULTS_VERBOSE=1
+# prints every run. Prints one line per failed run and a summary (runs of
+# each kind, exit 0 / exit 2 by kind, wrong outputs); exits 1 when any run
+# failed.
 set -uo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 O=${1:?usage: fault-injection.sh ORVALIS [RUNS]}
