@@ -2,6 +2,7 @@
 
 #include <libpq-fe.h>
 #include <poll.h>
+#include <sys/socket.h>
 
 #include <cerrno>
 #include <charconv>
@@ -21,6 +22,7 @@ namespace orvalis::drivers {
 namespace {
 
 const std::string kDriver = "PostgreSQL";
+constexpr std::chrono::seconds kCancelGrace{5};
 constexpr size_t kCopyChunk = 1 << 20;
 
 struct ConnectionCloser {
@@ -276,14 +278,23 @@ class PostgresConnection final : public Connection {
   // is PQgetResult; with one, the wait for input ends at the deadline, the
   // server is asked to cancel the statement, and the results that follow
   // (the cancellation's error) are read as usual with timedOut_ set.
+  // A server that does not answer the cancel request within kCancelGrace
+  // loses the connection: the socket is shut, libpq reports the connection
+  // bad, and the next statement opens a fresh one.
   PGresult* nextResult() {
-    if (timeoutSeconds_ <= 0 || timedOut_) return PQgetResult(conn_.get());
+    if (timeoutSeconds_ <= 0) return PQgetResult(conn_.get());
     PGconn* c = conn_.get();
     while (PQisBusy(c)) {
       const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline_ - std::chrono::steady_clock::now());
       if (left.count() <= 0) {
+        if (timedOut_) {
+          ::shutdown(PQsocket(c), SHUT_RDWR);
+          PQconsumeInput(c);
+          break;
+        }
         cancel();
-        break;
+        deadline_ = std::chrono::steady_clock::now() + kCancelGrace;
+        continue;
       }
       pollfd p{PQsocket(c), POLLIN, 0};
       const int n = ::poll(&p, 1, static_cast<int>(left.count()));
