@@ -31,6 +31,23 @@ std::optional<std::pair<std::string, std::string>> sessionVariable(const std::st
   return std::make_pair(trim(set.substr(0, eq)), set.substr(eq + 1));
 }
 
+// A positive whole number given to a limit option, or nothing for none given.
+std::optional<int> positiveOption(const std::string& option, const std::string& text, const char* unit) {
+  if (text.empty()) return std::nullopt;
+  const std::string t = trim(text);
+  long n = 0;
+  bool digits = !t.empty() && t.size() <= 9;
+  for (char c : t) {
+    if (c < '0' || c > '9') digits = false;
+  }
+  if (digits) n = std::stol(t);
+  if (!digits || n <= 0) {
+    throw Error(err::kInvalidProcedureCall, "orvalis",
+                option + ": expected a positive whole number of " + unit + ", got \"" + text + "\"");
+  }
+  return static_cast<int>(n);
+}
+
 }  // namespace
 
 RegisterCommands::RegisterCommands(CommandSetup setup) { commands().push_back(std::move(setup)); }
@@ -51,6 +68,8 @@ void CliContext::checkOptions() const {
       throw Error(err::kInvalidProcedureCall, "orvalis", "--set expects NAME=VALUE, got \"" + set + "\"");
     }
   }
+  positiveOption("--timeout", options.timeout, "seconds");
+  positiveOption("--busy-timeout", options.busyTimeout, "milliseconds");
   if (!options.ini.empty()) {
     // An explicit settings file must be there; only the default may be absent.
     auto unreadable = [&](int reason) {
@@ -92,6 +111,10 @@ std::shared_ptr<StandaloneEnvironment> CliContext::sharedEnvironment(Access acce
   config.providerOverride = options.provider;
   config.traceFile = options.traceSql;
   checkOptions();
+  if (auto t = positiveOption("--timeout", options.timeout, "seconds")) config.connectionOptions.timeoutSeconds = *t;
+  if (auto b = positiveOption("--busy-timeout", options.busyTimeout, "milliseconds")) {
+    config.connectionOptions.busyTimeoutMs = *b;
+  }
   for (const std::string& set : options.sets) {
     auto [name, value] = *sessionVariable(set);
     config.sessionVariables[name] = value;

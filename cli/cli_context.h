@@ -35,6 +35,8 @@ struct CommonOptions {
   std::string workDir;
   std::string provider;
   std::string traceSql;
+  std::string timeout;      // --timeout SECONDS (PostgreSQL, ODBC)
+  std::string busyTimeout;  // --busy-timeout MS (SQLite)
 };
 
 class CliContext {
@@ -57,7 +59,7 @@ class CliContext {
   std::shared_ptr<StandaloneEnvironment> sharedEnvironment(Access access = Access::Open);
 
   // Checks the common options that need no database (--provider, --set,
-  // --ini); raises orvalis::Error with one line for the first bad one. Runs
+  // --ini, --timeout, --busy-timeout); raises orvalis::Error with one line for the first bad one. Runs
   // before any command.
   void checkOptions() const;
 

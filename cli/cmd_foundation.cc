@@ -22,6 +22,8 @@ void setup(CLI::App& app, CliContext& context) {
       throw Error(err::kDatabase, "orvalis", "the database already holds the HR schema");
     }
     createSchema(c);
+    // Readers of a shared file never wait for a writer.
+    if (c.provider() == "SQLITE") c.execute("PRAGMA journal_mode = WAL");
     std::cout << "created the HR schema on " << c.provider() << "\n";
   });
 

@@ -54,6 +54,7 @@ DescriptorBuffer* standardOutput = nullptr;
 }  // namespace
 
 void CommandOutput::write(const std::string& outPath, std::string text) {
+  if (failed_ && failed_()) return;
   if (outPath.empty() || outPath == "-") {
     std::cout << text << std::flush;
     return;

@@ -16,6 +16,7 @@
 // by the CliContext.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -24,6 +25,10 @@ namespace orvalis::cli {
 class CommandOutput {
  public:
   void write(const std::string& outPath, std::string text);
+
+  // write() drops the text (standard output or file) when `failed` says so
+  // at that moment: a result known to be wrong is never shown.
+  void withholdWhen(std::function<bool()> failed) { failed_ = std::move(failed); }
 
   // True when a file waits for commit().
   bool pending() const { return path_.has_value(); }
@@ -35,6 +40,7 @@ class CommandOutput {
  private:
   std::optional<std::string> path_;
   std::string text_;
+  std::function<bool()> failed_;
 };
 
 // Call once, before anything is written to std::cout.

@@ -8,6 +8,11 @@
 // counted, not repeated), then the error that ended the command. A file
 // given with --out is written only when the command succeeded, and a
 // failed write to standard output fails the command.
+//
+// When the database itself failed (the connection lost, a time limit, a
+// lock held past the busy timeout: runtime/database_fault.h), the report's
+// rows cannot be trusted: the command prints that one cause on one line,
+// writes nothing to standard output or --out, and exits with status 2.
 
 #include <cstdio>
 #include <cstring>
@@ -20,6 +25,7 @@
 #include "component/errors/recording_error_component.h"
 #include "reports/report_classes.h"
 #include "runtime/basic_string.h"
+#include "runtime/database_fault.h"
 #include "runtime/error.h"
 
 namespace {
@@ -38,6 +44,45 @@ void printError(const Error& e) {
     return;
   }
   std::cerr << "orvalis: " << oneLine(e.description()) << "\n";
+}
+
+// The line of an error block that begins with `label`, without the label.
+std::string blockLine(const std::string& block, std::string_view label) {
+  const size_t at = block.find(label);
+  if (at == std::string::npos) return "";
+  const size_t from = at + label.size();
+  return trim(block.substr(from, block.find("\r\n", from) - from));
+}
+
+// One line for a failure of the database: what happened (the database, the
+// statement) and in which procedure.
+void printDatabaseFault(const std::string& description, const std::string& module, const std::string& procedure,
+                        long line) {
+  std::cerr << "orvalis: " << oneLine(description) << " (in " << module << "." << procedure << ", line " << line
+            << ")\n";
+}
+
+void printDatabaseFault(const Error& e) {
+  if (!isWrappedDescription(e.description())) {
+    std::cerr << "orvalis: " << oneLine(e.description()) << "\n";
+    return;
+  }
+  const std::string& b = e.description();
+  long line = 0;
+  try {
+    line = std::stol(blockLine(b, "------Line Number:"));
+  } catch (const std::exception&) {
+  }
+  printDatabaseFault(blockLine(b, "------Description="), blockLine(b, "------Module:"),
+                     blockLine(b, "------Function:"), line);
+}
+
+// The first failure of the database the procedures met; false when none.
+bool printRecordedFault(const ErrorRecorder& recorder) {
+  const RecordedError* fault = recorder.firstDatabaseFault();
+  if (fault == nullptr) return false;
+  printDatabaseFault(fault->description, fault->module, fault->procedure, fault->line);
+  return true;
 }
 
 // The errors handed to the error component; false when there were none.
@@ -71,16 +116,23 @@ int runCommand(CLI::App& app, int argc, char** argv, cli::CliContext& context, c
     app.exit(e);
     return 2;
   } catch (const Error& e) {
+    if (printRecordedFault(recorder)) return 2;
+    if (isDatabaseFault(e)) {
+      printDatabaseFault(e);
+      return 2;
+    }
     printRecordedErrors(recorder);
     printError(e);
     return 2;
   } catch (const std::exception& e) {
+    if (printRecordedFault(recorder)) return 2;
     printRecordedErrors(recorder);
     std::cerr << "orvalis: " << e.what() << "\n";
     return 2;
   }
   // Errors the procedures handed to the error component and were told to
   // leave: the command's result may be partial, so say so and fail.
+  if (printRecordedFault(recorder)) return 2;
   if (printRecordedErrors(recorder)) return 2;
   return context.exitCode;
 }
@@ -129,12 +181,19 @@ int main(int argc, char** argv) {
   app.add_option("--work-dir", o.workDir, "work folder (default $ORVALIS_WORK_DIR or ~/.local/share/orvalis)");
   app.add_option("--provider", o.provider, "provider DataBaseType reports: SQLOLEDB, MSDAORA, SQLITE, POSTGRESQL");
   app.add_option("--trace-sql", o.traceSql, "append every SQL statement to this file");
+  app.add_option("--timeout", o.timeout,
+                 "PostgreSQL and ODBC: seconds to connect and for each statement, which is cancelled past it "
+                 "(default: 15 s to connect, no statement limit)");
+  app.add_option("--busy-timeout", o.busyTimeout,
+                 "SQLite: milliseconds a statement waits for another writer's lock (default 5000)");
   // Before any command runs, so that a bad common option fails every one.
   app.parse_complete_callback([&context] { context.checkOptions(); });
 
   for (const auto& setup : cli::registeredCommands()) setup(app, context);
 
   auto errors = installRecordingErrorComponent();
+  // Rows read past a failure of the database are not shown.
+  context.output.withholdWhen([errors] { return errors->firstDatabaseFault() != nullptr; });
   const int status = runCommand(app, argc, argv, context, *errors);
   return finishOutput(status, context);
 }

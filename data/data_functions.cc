@@ -4,6 +4,7 @@
 #include "data/control.h"
 #include "data/hr_environment.h"
 #include "runtime/basic_string.h"
+#include "runtime/database_fault.h"
 
 namespace orvalis {
 
@@ -76,7 +77,9 @@ bool gfncOpenRecordset(const std::string& sql, Recordset& rs, const std::string&
       orvalis::ConnectionManager& manager = HREnvironment::require().ConnectionManager();
       try {
         rs = manager.ExecuteQueryAsync(sql, gfncConnectionString(code));
-      } catch (const Error&) {
+      } catch (const Error& e) {
+        // The database failing is not a table kept elsewhere.
+        if (isDatabaseFault(e)) throw;
         // The centrally kept tables may live in a master database.
         std::string master = gfncMasterDatabase(sql);
         if (master.empty()) throw;

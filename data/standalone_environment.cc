@@ -2,6 +2,7 @@
 
 #include "data/dictionary.h"
 #include "runtime/basic_string.h"
+#include "runtime/database_fault.h"
 #include "runtime/error.h"
 
 namespace orvalis {
@@ -94,7 +95,7 @@ Value StandaloneEnvironment::XRefEntityCaption(const std::string& entity) const 
   return table.empty() ? Value() : Value(entityCaption(table));
 }
 
-Connection& StandaloneEnvironment::connection(const std::string& connectionText) {
+std::string StandaloneEnvironment::resolveUrl(const std::string& connectionText) const {
   std::string url = connectionText;
   if (startsWith(url, "@")) {
     auto it = config_.databases.find(upperTrim(url.substr(1)));
@@ -103,38 +104,77 @@ Connection& StandaloneEnvironment::connection(const std::string& connectionText)
   if (url.empty()) {
     throw Error(err::kDatabase, "ORVALIS", "No database is configured for this connection");
   }
+  return url;
+}
+
+Connection& StandaloneEnvironment::connection(const std::string& connectionText) {
+  const std::string url = resolveUrl(connectionText);
+  auto lost = lost_.find(url);
+  if (lost != lost_.end()) {
+    if (lost->second.dead) throw Error(err::kOutcomeUnknown, "ORVALIS", lost->second.first);
+    // The one fresh connection after a loss.
+    connections_.erase(url);
+    lost->second.dead = true;
+    try {
+      std::unique_ptr<Connection> c = openConnection(url, config_.connectionOptions);
+      if (trace_) c->setTrace(trace_);
+      connections_.emplace(url, std::move(c));
+      lost_.erase(lost);
+    } catch (const Error& e) {
+      throw Error(err::kOutcomeUnknown, e.source(), lost->second.first + "; reconnecting failed: " + e.description());
+    }
+  }
   auto it = connections_.find(url);
   if (it == connections_.end()) {
-    std::unique_ptr<Connection> c = openConnection(url);
+    std::unique_ptr<Connection> c = openConnection(url, config_.connectionOptions);
     if (trace_) c->setTrace(trace_);
     it = connections_.emplace(url, std::move(c)).first;
   }
   return *it->second;
 }
 
-Recordset StandaloneEnvironment::ExecuteQueryAsync(const std::string& sql, const std::string& connectionText) {
-  return connection(connectionText).query(sql);
-}
-
-long StandaloneEnvironment::ExecuteNonQuery(const std::string& sql, const std::string& connectionText) {
-  return connection(connectionText).execute(sql);
-}
-
-void StandaloneEnvironment::BeginTrans(const std::string& connectionText) {
+template <typename F>
+auto StandaloneEnvironment::guarded(const std::string& connectionText, F statement) {
   Connection& c = connection(connectionText);
-  // SQLite's deferred transaction would take the write lock only at the
-  // first write, and two readers upgrading at once fail instead of waiting.
-  if (c.provider() == "SQLITE") {
-    c.execute("BEGIN IMMEDIATE");
-  } else {
-    c.begin();
+  try {
+    return statement(c);
+  } catch (const Error& e) {
+    const DatabaseFault fault = databaseFault(e.number());
+    if (fault == DatabaseFault::ConnectionLost || fault == DatabaseFault::OutcomeUnknown) {
+      Lost& lost = lost_[resolveUrl(connectionText)];
+      lost.first = e.description();
+      lost.dead = fault == DatabaseFault::OutcomeUnknown;
+    }
+    throw;
   }
 }
 
-void StandaloneEnvironment::CommitTrans(const std::string& connectionText) { connection(connectionText).commit(); }
+Recordset StandaloneEnvironment::ExecuteQueryAsync(const std::string& sql, const std::string& connectionText) {
+  return guarded(connectionText, [&](Connection& c) { return c.query(sql); });
+}
+
+long StandaloneEnvironment::ExecuteNonQuery(const std::string& sql, const std::string& connectionText) {
+  return guarded(connectionText, [&](Connection& c) { return c.execute(sql); });
+}
+
+void StandaloneEnvironment::BeginTrans(const std::string& connectionText) {
+  guarded(connectionText, [&](Connection& c) {
+    // SQLite's deferred transaction would take the write lock only at the
+    // first write, and two readers upgrading at once fail instead of waiting.
+    if (c.provider() == "SQLITE") {
+      c.execute("BEGIN IMMEDIATE");
+    } else {
+      c.begin();
+    }
+  });
+}
+
+void StandaloneEnvironment::CommitTrans(const std::string& connectionText) {
+  guarded(connectionText, [&](Connection& c) { c.commit(); });
+}
 
 void StandaloneEnvironment::RollbackTrans(const std::string& connectionText) {
-  connection(connectionText).rollback();
+  guarded(connectionText, [&](Connection& c) { c.rollback(); });
 }
 
 }  // namespace orvalis

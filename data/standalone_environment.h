@@ -11,6 +11,14 @@
 // The host's field and entity metadata members answer from the data
 // dictionary tables when the HR database has them (see data/dictionary.h).
 //
+// A lost connection (err::kConnectionLost) is opened afresh by the next
+// statement on it, once: that is what the error component's "retry" of a
+// read runs on. When the fresh connection cannot be opened, or the loss left
+// work in an unknown state (err::kOutcomeUnknown), the connection is dead
+// for the rest of the object's life and every statement on it fails at once
+// with the first loss's message, so that a report whose procedures carry on
+// after the loss does not wait on the network row after row.
+//
 // Owns its connections. Single-threaded.
 #pragma once
 
@@ -41,6 +49,8 @@ struct StandaloneConfig {
   std::string providerOverride;
   // Appends every statement to this file when set.
   std::string traceFile;
+  // Busy timeout (SQLite) and time limit (PostgreSQL, ODBC).
+  ConnectionOptions connectionOptions;
   std::map<std::string, std::string> sessionVariables;
   std::map<std::string, std::string> systemParameters;
   bool valid = true;
@@ -101,7 +111,17 @@ class StandaloneEnvironment final : public Environment,
  private:
   StandaloneConfig config_;
   std::map<std::string, Value> variables_;  // keyed by upper-cased name
+  // Runs one statement on a connection, noting a loss of it.
+  template <typename F>
+  auto guarded(const std::string& connectionText, F statement);
+  std::string resolveUrl(const std::string& connectionText) const;
+
+  struct Lost {
+    bool dead = false;         // no more statements: fail with `first`
+    std::string first;         // the loss's message
+  };
   std::map<std::string, std::unique_ptr<Connection>> connections_;
+  std::map<std::string, Lost> lost_;  // by URL
   std::shared_ptr<SqlTrace> trace_;
 };
 

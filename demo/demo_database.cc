@@ -213,6 +213,8 @@ DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options)
   if (sqlite) {
     connection.execute("ANALYZE");
     connection.execute("PRAGMA cache_size = " + cacheSize);
+    // A file shared by readers and writers: readers never wait for a writer.
+    connection.execute("PRAGMA journal_mode = WAL");
   } else {
     for (const TableDef& t : schemaModel().tables) connection.execute("ANALYZE " + t.name);
   }

@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "runtime/basic_number.h"
+#include "runtime/database_fault.h"
 
 namespace orvalis {
 
@@ -15,11 +16,25 @@ ErrorRecorder::ErrorRecorder() {
   }
 }
 
+namespace {
+
+bool recovered(const RecordedError& e) {
+  return e.answer == kAnswerRetry && databaseFault(e.number) == DatabaseFault::ConnectionLost;
+}
+
+}  // namespace
+
 int ErrorRecorder::record(RecordedError error) {
   int answer = standing_;
   if (!queued_.empty()) {
     answer = queued_.front();
     queued_.pop_front();
+  } else if (databaseFault(error.number) != DatabaseFault::None) {
+    const bool retriedHere = !errors_.empty() && recovered(errors_.back()) &&
+                             errors_.back().module == error.module &&
+                             errors_.back().procedure == error.procedure && errors_.back().line == error.line;
+    answer = databaseFault(error.number) == DatabaseFault::ConnectionLost && !retriedHere ? kAnswerRetry
+                                                                                           : kAnswerLeave;
   }
   if (answer == kAnswerRetry) {
     const bool sameAsLast = !errors_.empty() && errors_.back().answer == kAnswerRetry &&
@@ -43,11 +58,19 @@ std::vector<RecordedErrorGroup> ErrorRecorder::grouped() const {
   std::map<Key, size_t> positions;
   std::vector<RecordedErrorGroup> groups;
   for (const RecordedError& e : errors_) {
+    if (recovered(e)) continue;
     auto [it, added] = positions.try_emplace(Key{e.module, e.procedure, e.number, e.description}, groups.size());
     if (added) groups.push_back({e, 0});
     ++groups[it->second].count;
   }
   return groups;
+}
+
+const RecordedError* ErrorRecorder::firstDatabaseFault() const {
+  for (const RecordedError& e : errors_) {
+    if (databaseFault(e.number) != DatabaseFault::None && !recovered(e)) return &e;
+  }
+  return nullptr;
 }
 
 int RecordingErrorComponent::RaiseError(const std::string& component, const std::string& module,

@@ -12,6 +12,13 @@
 // of the same procedure and line is granted at most kMaxRetries times in a
 // row; after that the call is answered "leave".
 //
+// A failure of the database itself (runtime/database_fault.h) is never
+// skipped, whatever the standing answer: the rows after it would be wrong.
+// A read that lost its connection before any row (err::kConnectionLost) is
+// answered "retry" once, which runs it again on a fresh connection; every
+// other such failure, and a second loss at the same step, is answered
+// "leave", and ends the command (see failed()).
+//
 // grouped() counts repeated identical errors (same module, procedure, number
 // and description: one failing step hit row after row), so that a caller
 // can show the first of each kind and how many more there were.
@@ -58,8 +65,13 @@ class ErrorRecorder {
   void clear() { errors_.clear(); }
 
   // The errors, identical ones counted together, in the order of their
-  // first occurrence.
+  // first occurrence. A lost connection that was run again is left out
+  // (when the second run failed too, that failure is listed).
   std::vector<RecordedErrorGroup> grouped() const;
+
+  // The first failure of the database itself that was not recovered from,
+  // if any: the one cause worth showing when the database failed.
+  const RecordedError* firstDatabaseFault() const;
 
   void setAnswer(int answer) { standing_ = answer; }
   void setAnswers(std::vector<int> answers) { queued_.assign(answers.begin(), answers.end()); }

@@ -11,19 +11,69 @@
 
 namespace orvalis {
 
-std::unique_ptr<Connection> openConnection(const std::string& url) {
-  if (startsWithNoCase(url, "sqlite:")) return drivers::openSqlite(url.substr(7));
+std::unique_ptr<Connection> openConnection(const std::string& url, const ConnectionOptions& options) {
+  if (startsWithNoCase(url, "sqlite:")) return drivers::openSqlite(url.substr(7), options);
   // libpq recognises its URI prefixes in lower case only.
   if (startsWith(url, "postgresql://") || startsWith(url, "postgres://")) {
-    return drivers::openPostgres(url);
+    return drivers::openPostgres(url, options);
   }
-  if (startsWithNoCase(url, "odbc:")) return drivers::openOdbc(url.substr(5));
+  if (startsWithNoCase(url, "odbc:")) return drivers::openOdbc(url.substr(5), options);
   // Only the scheme is repeated: the rest of a URL may hold a password.
   const size_t colon = url.find(':');
   const std::string scheme = colon == std::string::npos ? url.substr(0, 20) : url.substr(0, colon);
   throw Error(err::kDatabase, "Connection",
               "unknown connection URL scheme '" + scheme +
                   "': expected sqlite:PATH, postgresql://..., postgres://... or odbc:CONNECTION-STRING");
+}
+
+std::string displayUrl(const std::string& url) {
+  if (startsWithNoCase(url, "odbc:")) {
+    // CONNECTION-STRING: KEY=VALUE entries separated by semicolons.
+    std::string out = url.substr(0, 5);
+    size_t at = 5;
+    bool first = true;
+    while (at <= url.size()) {
+      size_t end = url.find(';', at);
+      if (end == std::string::npos) end = url.size();
+      const std::string entry = url.substr(at, end - at);
+      const std::string key = upperTrim(entry.substr(0, entry.find('=')));
+      if (key != "PWD" && key != "PASSWORD" && !entry.empty()) {
+        if (!first) out += ';';
+        out += entry;
+        first = false;
+      }
+      at = end + 1;
+    }
+    return out;
+  }
+  const size_t scheme = url.find("://");
+  if (scheme == std::string::npos) return url;
+  std::string out = url;
+  // user:password@host
+  const size_t hostEnd = out.find_first_of("/?", scheme + 3);
+  const size_t atSign = out.rfind('@', hostEnd == std::string::npos ? out.size() : hostEnd);
+  if (atSign != std::string::npos && atSign > scheme) {
+    const size_t colon = out.find(':', scheme + 3);
+    if (colon != std::string::npos && colon < atSign) out.erase(colon, atSign - colon);
+  }
+  // ?password=...&...
+  const size_t query = out.find('?');
+  if (query != std::string::npos) {
+    std::string kept;
+    size_t at = query + 1;
+    while (at <= out.size()) {
+      size_t end = out.find('&', at);
+      if (end == std::string::npos) end = out.size();
+      const std::string parameter = out.substr(at, end - at);
+      if (!startsWithNoCase(parameter, "password=") && !parameter.empty()) {
+        kept += kept.empty() ? "" : "&";
+        kept += parameter;
+      }
+      at = end + 1;
+    }
+    out = out.substr(0, query) + (kept.empty() ? "" : "?" + kept);
+  }
+  return out;
 }
 
 namespace {

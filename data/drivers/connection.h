@@ -8,7 +8,11 @@
 // transaction on SQLite and ODBC, COPY on PostgreSQL).
 //
 // Failures raise orvalis::Error with number err::kDatabase, the driver's
-// name as source and the engine's message as description.
+// name as source and the engine's message as description. A failure of the
+// database rather than of the statement (the connection gone, a time limit,
+// another writer's lock, a failing file) carries one of the numbers of
+// runtime/database_fault.h instead, and its description names the database
+// (displayUrl) and the first words of the statement.
 //
 // A Connection is owned by whoever opened it (normally the environment's
 // connection manager) and is used from one thread at a time.
@@ -64,12 +68,25 @@ class Connection {
   std::shared_ptr<SqlTrace> trace_;
 };
 
+// Limits a connection works within.
+struct ConnectionOptions {
+  // SQLite: how long a statement waits for another writer's lock.
+  int busyTimeoutMs = 5000;
+  // PostgreSQL and ODBC: the connect timeout and the time a statement may
+  // run before it is cancelled. 0: no statement limit, 15 s to connect.
+  int timeoutSeconds = 0;
+};
+
 // Opens a connection from a URL:
 //   sqlite:PATH                 (PATH may be :memory:)
 //   postgresql://... or postgres://...  (a libpq connection URI)
 //   odbc:CONNECTION-STRING      (handed to SQLDriverConnect as it is)
 // Raises orvalis::Error for an unknown scheme or a connection failure.
-std::unique_ptr<Connection> openConnection(const std::string& url);
+std::unique_ptr<Connection> openConnection(const std::string& url, const ConnectionOptions& options = {});
+
+// The URL as messages show it: without any password (the user-info password
+// of a URI, a password= parameter, an ODBC PWD= or Password= entry).
+std::string displayUrl(const std::string& url);
 
 // A trace that appends each statement to a text file, one per line.
 std::shared_ptr<SqlTrace> fileTrace(const std::string& path);

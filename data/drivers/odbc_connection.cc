@@ -3,7 +3,11 @@
 #include <sql.h>
 #include <sqlext.h>
 
+#include <chrono>
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
+#include <thread>
 #include <vector>
 
 #include "data/drivers/column_types.h"
@@ -65,6 +69,61 @@ std::string diagnostics(SQLSMALLINT type, SQLHANDLE handle) {
 }
 
 bool ok(SQLRETURN rc) { return SQL_SUCCEEDED(rc); }
+
+// The SQLSTATE of the handle's first diagnostic record ("" when none).
+std::string firstState(SQLSMALLINT type, SQLHANDLE handle) {
+  SQLCHAR state[6] = {};
+  SQLINTEGER native = 0;
+  SQLSMALLINT length = 0;
+  if (!SQL_SUCCEEDED(SQLGetDiagRec(type, handle, 1, state, &native, nullptr, 0, &length))) return "";
+  return reinterpret_cast<const char*>(state);
+}
+
+// Class 08 (connection exception) or the server shutting down (57P01..03,
+// which psqlODBC passes on from PostgreSQL).
+bool connectionState(const std::string& state) {
+  return state.rfind("08", 0) == 0 || state == "57P01" || state == "57P02" || state == "57P03";
+}
+
+// Cancels a statement with SQLCancel from a second thread when it runs past
+// its time limit; the statement's own call then fails (HY008).
+class Watchdog {
+ public:
+  Watchdog(SQLHSTMT st, int seconds) {
+    if (seconds <= 0) return;
+    thread_ = std::thread([this, st, seconds] {
+      std::unique_lock<std::mutex> lock(mutex_);
+      if (!done_.wait_for(lock, std::chrono::seconds(seconds), [this] { return finished_; })) {
+        fired_ = true;
+        SQLCancel(st);
+      }
+    });
+  }
+  ~Watchdog() { stop(); }
+  Watchdog(const Watchdog&) = delete;
+  Watchdog& operator=(const Watchdog&) = delete;
+
+  void stop() {
+    if (!thread_.joinable()) return;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      finished_ = true;
+    }
+    done_.notify_one();
+    thread_.join();
+  }
+  bool fired() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return fired_;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable done_;
+  bool finished_ = false;
+  bool fired_ = false;
+  std::thread thread_;
+};
 
 // Column values read with SQLGetData.
 class ValueReader {
@@ -148,7 +207,8 @@ struct Parameter {
 
 class OdbcConnection final : public Connection {
  public:
-  explicit OdbcConnection(const std::string& connectionString) {
+  OdbcConnection(const std::string& connectionString, const ConnectionOptions& options)
+      : url_(displayUrl("odbc:" + connectionString)), timeoutSeconds_(options.timeoutSeconds) {
     SQLHANDLE env = SQL_NULL_HANDLE;
     if (!ok(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &env))) {
       raiseDriverError(kDriver, "cannot allocate an ODBC environment", "");
@@ -160,7 +220,8 @@ class OdbcConnection final : public Connection {
       raiseDriverError(kDriver, "cannot allocate an ODBC connection", diagnostics(SQL_HANDLE_ENV, env));
     }
     dbc_ = Handle(SQL_HANDLE_DBC, dbc);
-    SQLSetConnectAttr(dbc, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(15), 0);
+    const SQLULEN loginTimeout = timeoutSeconds_ > 0 ? static_cast<SQLULEN>(timeoutSeconds_) : 15;
+    SQLSetConnectAttr(dbc, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(loginTimeout), 0);
 
     std::vector<SQLCHAR> in(connectionString.begin(), connectionString.end());
     in.push_back(0);
@@ -192,6 +253,7 @@ class OdbcConnection final : public Connection {
   Recordset query(const std::string& sql) override {
     traced(sql);
     Handle st = statement();
+    Underway underway(*this, sql, false, st);
     run(st, sql, "query failed");
 
     SQLSMALLINT n = 0;
@@ -225,6 +287,7 @@ class OdbcConnection final : public Connection {
       };
       SQLRETURN rc;
       while (ok(rc = SQLFetch(st.get()))) {
+        rowsRead_ = true;
         rs.addNew();
         for (SQLUSMALLINT i = 1; i <= static_cast<SQLUSMALLINT>(n); ++i) {
           stored = i - 1;
@@ -241,6 +304,7 @@ class OdbcConnection final : public Connection {
   long execute(const std::string& sql) override {
     traced(sql);
     Handle st = statement();
+    Underway underway(*this, sql, true, st);
     if (!run(st, sql, "statement failed")) return 0;
     SQLLEN rows = 0;
     check(SQLRowCount(st.get(), &rows), st, "statement failed");
@@ -319,8 +383,50 @@ class OdbcConnection final : public Connection {
   }
 
   void check(SQLRETURN rc, const Handle& h, std::string_view what) const {
-    if (!ok(rc)) raiseDriverError(kDriver, what, diagnostics(h.type(), h.get()));
+    if (ok(rc)) return;
+    const std::string message = diagnostics(h.type(), h.get());
+    if (statement_ == nullptr && connectionState(firstState(h.type(), h.get()))) {
+      // Ending a transaction, or work outside any statement.
+      raiseFault(kDriver, err::kOutcomeUnknown, lostMessage(url_, what, true, true), message);
+    }
+    if (statement_ != nullptr) {
+      const std::string state = firstState(h.type(), h.get());
+      if (watchdog_ != nullptr && watchdog_->fired()) {
+        raiseFault(kDriver, err::kStatementTimeout, timeoutMessage(url_, *statement_, timeoutSeconds_));
+      }
+      if (state == "HYT00") {
+        raiseFault(kDriver, err::kStatementTimeout, timeoutMessage(url_, *statement_, timeoutSeconds_));
+      }
+      if (connectionState(state)) {
+        const bool unknown = writing_ || inTransaction_ || rowsRead_;
+        raiseFault(kDriver, unknown ? err::kOutcomeUnknown : err::kConnectionLost,
+                   lostMessage(url_, *statement_, unknown, writing_), message);
+      }
+    }
+    raiseDriverError(kDriver, what, message);
   }
+
+  // Marks the statement under way (for the messages of check()) and keeps
+  // its time limit.
+  struct Underway {
+    Underway(OdbcConnection& c, const std::string& sql, bool write, const Handle& st)
+        : c_(c), watchdog_(st.get(), c.timeoutSeconds_) {
+      c_.statement_ = &sql;
+      c_.writing_ = write;
+      c_.rowsRead_ = false;
+      c_.watchdog_ = &watchdog_;
+    }
+    ~Underway() {
+      watchdog_.stop();
+      c_.statement_ = nullptr;
+      c_.writing_ = false;
+      c_.watchdog_ = nullptr;
+    }
+    Underway(const Underway&) = delete;
+    Underway& operator=(const Underway&) = delete;
+    OdbcConnection& c_;
+    Watchdog watchdog_;
+  };
 
   void setAutoCommit(bool on) {
     SQLRETURN rc = SQLSetConnectAttr(dbc_.get(), SQL_ATTR_AUTOCOMMIT,
@@ -411,6 +517,12 @@ class OdbcConnection final : public Connection {
   bool foldColumnNames_ = false;
   std::string dbmsName_;
   std::string provider_;
+  std::string url_;
+  int timeoutSeconds_ = 0;
+  const std::string* statement_ = nullptr;  // the statement under way
+  bool writing_ = false;
+  bool rowsRead_ = false;
+  Watchdog* watchdog_ = nullptr;
 };
 
 }  // namespace
@@ -423,8 +535,8 @@ std::string providerForDbmsName(const std::string& dbmsName) {
   return ucase(dbmsName);
 }
 
-std::unique_ptr<Connection> openOdbc(const std::string& connectionString) {
-  return std::make_unique<OdbcConnection>(connectionString);
+std::unique_ptr<Connection> openOdbc(const std::string& connectionString, const ConnectionOptions& options) {
+  return std::make_unique<OdbcConnection>(connectionString, options);
 }
 
 }  // namespace orvalis::drivers

@@ -48,7 +48,7 @@
 namespace orvalis::drivers {
 
 // Raises orvalis::Error (source "ODBC") when the connection fails.
-std::unique_ptr<Connection> openOdbc(const std::string& connectionString);
+std::unique_ptr<Connection> openOdbc(const std::string& connectionString, const ConnectionOptions& options = {});
 
 // The provider name for an SQL_DBMS_NAME (see above).
 std::string providerForDbmsName(const std::string& dbmsName);

@@ -1,8 +1,12 @@
 #include "data/drivers/postgres_connection.h"
 
 #include <libpq-fe.h>
+#include <poll.h>
+#include <sys/socket.h>
 
+#include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstdlib>
 #include <exception>
 #include <vector>
@@ -18,6 +22,7 @@ namespace orvalis::drivers {
 namespace {
 
 const std::string kDriver = "PostgreSQL";
+constexpr std::chrono::seconds kCancelGrace{5};
 constexpr size_t kCopyChunk = 1 << 20;
 
 struct ConnectionCloser {
@@ -76,13 +81,23 @@ void appendCopyText(std::string& out, std::string_view s) {
   }
 }
 
+// A failed result's SQLSTATE says the connection is gone: class 08
+// (connection exception) or 57P01..57P03 (the server shutting down).
+bool connectionState(const char* state) {
+  if (state == nullptr) return false;
+  const std::string_view s(state);
+  return s.rfind("08", 0) == 0 || s == "57P01" || s == "57P02" || s == "57P03";
+}
+
 class PostgresConnection final : public Connection {
  public:
-  explicit PostgresConnection(const std::string& uri) {
+  PostgresConnection(const std::string& uri, const ConnectionOptions& options)
+      : url_(displayUrl(uri)), timeoutSeconds_(options.timeoutSeconds) {
     // Entries before the URI are defaults it may override; those after it
     // are fixed by the driver.
+    const std::string connectTimeout = std::to_string(timeoutSeconds_ > 0 ? timeoutSeconds_ : 15);
     const char* keywords[] = {"connect_timeout", "dbname", "client_encoding", nullptr};
-    const char* values[] = {"15", uri.c_str(), "UTF8", nullptr};
+    const char* values[] = {connectTimeout.c_str(), uri.c_str(), "UTF8", nullptr};
     conn_.reset(PQconnectdbParams(keywords, values, 1));
     if (!conn_) raiseDriverError(kDriver, "cannot connect to the PostgreSQL server", "out of memory");
     if (PQstatus(conn_.get()) != CONNECTION_OK) {
@@ -100,16 +115,24 @@ class PostgresConnection final : public Connection {
   // statements yields the rows of the last one that returns rows.
   Recordset query(const std::string& sql) override {
     traced(sql);
+    const bool inTransaction = PQtransactionStatus(conn_.get()) != PQTRANS_IDLE;
     if (!PQsendQuery(conn_.get(), sql.c_str())) {
+      if (PQstatus(conn_.get()) == CONNECTION_BAD) {
+        raiseFault(kDriver, inTransaction ? err::kOutcomeUnknown : err::kConnectionLost,
+                   lostMessage(url_, sql, inTransaction, false), PQerrorMessage(conn_.get()));
+      }
       raiseDriverError(kDriver, "query failed", PQerrorMessage(conn_.get()));
     }
     PQsetSingleRowMode(conn_.get());
+    startStatement();
 
     Recordset rs;
     std::vector<ColumnKind> kinds;
     bool described = false;  // rs has the current statement's fields
     bool finished = false;   // ... and all its rows
     std::string serverError;
+    bool connectionGone = false;
+    bool rowsRead = false;
     std::exception_ptr failure;
     auto restart = [&](const PGresult* r) {
       rs = Recordset();
@@ -120,11 +143,12 @@ class PostgresConnection final : public Connection {
     };
     // Every result must be read, even after a failure, before the
     // connection takes the next statement.
-    while (Result r{PQgetResult(conn_.get())}) {
+    while (Result r{nextResult()}) {
       if (failure || !serverError.empty()) continue;
       try {
         switch (PQresultStatus(r.get())) {
           case PGRES_SINGLE_TUPLE:
+            rowsRead = true;
             if (!described || finished) restart(r.get());
             appendRows(r.get(), rs, kinds);
             break;
@@ -138,12 +162,21 @@ class PostgresConnection final : public Connection {
             break;
           default:
             serverError = failureText(r.get());
+            connectionGone = connectionState(PQresultErrorField(r.get(), PG_DIAG_SQLSTATE));
         }
       } catch (...) {
         failure = std::current_exception();
       }
     }
-    if (!serverError.empty()) raiseDriverError(kDriver, "query failed", serverError);
+    if (timedOut_) raiseFault(kDriver, err::kStatementTimeout, timeoutMessage(url_, sql, timeoutSeconds_));
+    if (!serverError.empty()) {
+      if (connectionGone || PQstatus(conn_.get()) == CONNECTION_BAD) {
+        const bool unknown = inTransaction || rowsRead;
+        raiseFault(kDriver, unknown ? err::kOutcomeUnknown : err::kConnectionLost,
+                   lostMessage(url_, sql, unknown, false), serverError);
+      }
+      raiseDriverError(kDriver, "query failed", serverError);
+    }
     if (failure) std::rethrow_exception(failure);
     rs.open();
     rs.moveFirst();
@@ -152,7 +185,15 @@ class PostgresConnection final : public Connection {
 
   long execute(const std::string& sql) override {
     traced(sql);
-    Result r(PQexec(conn_.get(), sql.c_str()));
+    Result r = timeoutSeconds_ > 0 ? execLimited(sql) : Result(PQexec(conn_.get(), sql.c_str()));
+    if (timedOut_) raiseFault(kDriver, err::kStatementTimeout, timeoutMessage(url_, sql, timeoutSeconds_));
+    if (PQstatus(conn_.get()) == CONNECTION_BAD ||
+        (r && connectionState(PQresultErrorField(r.get(), PG_DIAG_SQLSTATE)))) {
+      // A statement without rows changes something (or opens or ends a
+      // transaction): the server may have done it before the connection went.
+      raiseFault(kDriver, err::kOutcomeUnknown, lostMessage(url_, sql, true, true),
+                 r ? failureText(r.get()) : std::string(PQerrorMessage(conn_.get())));
+    }
     const ExecStatusType status = PQresultStatus(r.get());
     if (status == PGRES_COPY_IN || status == PGRES_COPY_OUT) {
       std::string message = failureText(r.get());
@@ -226,6 +267,66 @@ class PostgresConnection final : public Connection {
   }
 
  private:
+  // ---- Time limits: a statement past timeoutSeconds_ is cancelled ----
+
+  void startStatement() {
+    timedOut_ = false;
+    deadline_ = std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds_);
+  }
+
+  // The next result of the statement under way. Without a time limit this
+  // is PQgetResult; with one, the wait for input ends at the deadline, the
+  // server is asked to cancel the statement, and the results that follow
+  // (the cancellation's error) are read as usual with timedOut_ set.
+  // A server that does not answer the cancel request within kCancelGrace
+  // loses the connection: the socket is shut, libpq reports the connection
+  // bad, and the next statement opens a fresh one.
+  PGresult* nextResult() {
+    if (timeoutSeconds_ <= 0) return PQgetResult(conn_.get());
+    PGconn* c = conn_.get();
+    while (PQisBusy(c)) {
+      const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline_ - std::chrono::steady_clock::now());
+      if (left.count() <= 0) {
+        if (timedOut_) {
+          ::shutdown(PQsocket(c), SHUT_RDWR);
+          PQconsumeInput(c);
+          break;
+        }
+        cancel();
+        deadline_ = std::chrono::steady_clock::now() + kCancelGrace;
+        continue;
+      }
+      pollfd p{PQsocket(c), POLLIN, 0};
+      const int n = ::poll(&p, 1, static_cast<int>(left.count()));
+      if (n < 0 && errno == EINTR) continue;
+      if (n < 0 || !PQconsumeInput(c)) break;  // PQgetResult reports the failure
+    }
+    return PQgetResult(c);
+  }
+
+  void cancel() {
+    timedOut_ = true;
+    char reason[256] = {};
+    if (PGcancel* handle = PQgetCancel(conn_.get())) {
+      PQcancel(handle, reason, sizeof reason);
+      PQfreeCancel(handle);
+    }
+  }
+
+  // PQexec under the time limit: the last result of the text.
+  Result execLimited(const std::string& sql) {
+    timedOut_ = false;
+    if (!PQsendQuery(conn_.get(), sql.c_str())) return Result(nullptr);
+    startStatement();
+    Result last;
+    while (Result r{nextResult()}) {
+      const ExecStatusType status = PQresultStatus(r.get());
+      last = std::move(r);
+      if (status == PGRES_COPY_IN || status == PGRES_COPY_OUT || status == PGRES_COPY_BOTH) break;
+    }
+    return last;
+  }
+
   static void describe(const PGresult* r, Recordset& rs, std::vector<ColumnKind>& kinds) {
     const int n = PQnfields(r);
     for (int i = 0; i < n; ++i) {
@@ -297,10 +398,16 @@ class PostgresConnection final : public Connection {
   }
 
   std::unique_ptr<PGconn, ConnectionCloser> conn_;
+  std::string url_;
+  int timeoutSeconds_ = 0;
+  bool timedOut_ = false;
+  std::chrono::steady_clock::time_point deadline_;
 };
 
 }  // namespace
 
-std::unique_ptr<Connection> openPostgres(const std::string& uri) { return std::make_unique<PostgresConnection>(uri); }
+std::unique_ptr<Connection> openPostgres(const std::string& uri, const ConnectionOptions& options) {
+  return std::make_unique<PostgresConnection>(uri, options);
+}
 
 }  // namespace orvalis::drivers

@@ -31,6 +31,6 @@ namespace orvalis::drivers {
 
 // Raises orvalis::Error (source "PostgreSQL") when the server cannot be
 // reached or refuses the connection.
-std::unique_ptr<Connection> openPostgres(const std::string& uri);
+std::unique_ptr<Connection> openPostgres(const std::string& uri, const ConnectionOptions& options = {});
 
 }  // namespace orvalis::drivers

@@ -101,7 +101,8 @@ Value readValue(sqlite3_stmt* st, int i, ColumnKind kind) {
 
 class SqliteConnection final : public Connection {
  public:
-  explicit SqliteConnection(const std::string& path) {
+  SqliteConnection(const std::string& path, const ConnectionOptions& options)
+      : url_("sqlite:" + path), busyTimeoutMs_(options.busyTimeoutMs) {
     sqlite3* raw = nullptr;
     int rc = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI,
                              nullptr);
@@ -110,7 +111,7 @@ class SqliteConnection final : public Connection {
       raiseDriverError(kDriver, "cannot open database '" + path + "'",
                        raw ? sqlite3_errmsg(raw) : sqlite3_errstr(rc));
     }
-    sqlite3_busy_timeout(db_.get(), 10000);
+    sqlite3_busy_timeout(db_.get(), busyTimeoutMs_);
   }
 
   std::string provider() const override { return "SQLITE"; }
@@ -118,6 +119,7 @@ class SqliteConnection final : public Connection {
   Recordset query(const std::string& sql) override {
     traced(sql);
     const char* tail = nullptr;
+    const Underway underway(*this, sql, false);
     Statement st = prepare(sql, &tail, "query failed");
     if (!st) fail("query failed", "the SQL text holds no statement");
     if (prepare(std::string_view(tail, static_cast<size_t>(sql.data() + sql.size() - tail)), nullptr,
@@ -176,6 +178,7 @@ class SqliteConnection final : public Connection {
 
   long execute(const std::string& sql) override {
     traced(sql);
+    const Underway underway(*this, sql, true);
     return run(sql);
   }
 
@@ -219,7 +222,41 @@ class SqliteConnection final : public Connection {
   }
 
  private:
-  [[noreturn]] void fail(std::string_view what) const { raiseDriverError(kDriver, what, sqlite3_errmsg(db_.get())); }
+  // Marks the statement under way, for the messages of fail().
+  struct Underway {
+    Underway(SqliteConnection& c, const std::string& sql, bool write) : c_(c) {
+      c_.statement_ = &sql;
+      c_.writing_ = write;
+    }
+    ~Underway() {
+      c_.statement_ = nullptr;
+      c_.writing_ = false;
+    }
+    Underway(const Underway&) = delete;
+    Underway& operator=(const Underway&) = delete;
+    SqliteConnection& c_;
+  };
+
+  // The engine's error; a busy database or a failing file is a database
+  // fault (runtime/database_fault.h), anything else a failed statement.
+  [[noreturn]] void fail(std::string_view what) const {
+    const int code = sqlite3_extended_errcode(db_.get()) & 0xff;
+    const std::string sql = statement_ ? *statement_ : std::string(what);
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
+      raiseFault(kDriver, err::kDatabaseLocked,
+                 "the database " + url_ + " is locked by another writer: waited " + std::to_string(busyTimeoutMs_) +
+                     " ms running \"" + statementHead(sql) + "\"");
+    }
+    if (code == SQLITE_IOERR || code == SQLITE_CORRUPT || code == SQLITE_NOTADB || code == SQLITE_FULL ||
+        code == SQLITE_CANTOPEN) {
+      raiseFault(kDriver, err::kOutcomeUnknown,
+                 "the database file " + url_ + " failed running \"" + statementHead(sql) + "\"" +
+                     (writing_ || sqlite3_get_autocommit(db_.get()) == 0 ? " (whether the write was stored is unknown)"
+                                                                         : ""),
+                 sqlite3_errmsg(db_.get()));
+    }
+    raiseDriverError(kDriver, what, sqlite3_errmsg(db_.get()));
+  }
   [[noreturn]] void fail(std::string_view what, std::string_view why) const {
     raiseDriverError(kDriver, what, why);
   }
@@ -285,10 +322,16 @@ class SqliteConnection final : public Connection {
   }
 
   std::unique_ptr<sqlite3, DatabaseCloser> db_;
+  std::string url_;
+  int busyTimeoutMs_;
+  const std::string* statement_ = nullptr;  // the statement under way, for messages
+  bool writing_ = false;
 };
 
 }  // namespace
 
-std::unique_ptr<Connection> openSqlite(const std::string& path) { return std::make_unique<SqliteConnection>(path); }
+std::unique_ptr<Connection> openSqlite(const std::string& path, const ConnectionOptions& options) {
+  return std::make_unique<SqliteConnection>(path, options);
+}
 
 }  // namespace orvalis::drivers

@@ -31,6 +31,6 @@
 namespace orvalis::drivers {
 
 // Raises orvalis::Error (source "SQLite") when the database cannot be opened.
-std::unique_ptr<Connection> openSqlite(const std::string& path);
+std::unique_ptr<Connection> openSqlite(const std::string& path, const ConnectionOptions& options = {});
 
 }  // namespace orvalis::drivers

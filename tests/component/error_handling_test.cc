@@ -10,6 +10,7 @@
 
 #include "component/errors/recording_error_component.h"
 #include "orvalis/version.h"
+#include "runtime/database_fault.h"
 
 namespace orvalis {
 namespace {
@@ -209,6 +210,37 @@ TEST_F(ErrorComponentHandler, CallerGoesOnAfterAnInnerProcedureIsLeft) {
   EXPECT_EQ(trail, "caller-continues");
   ASSERT_EQ(recorder->errors().size(), 1u);
   EXPECT_EQ(recorder->errors()[0].procedure, "gfncOpenRecordset");
+}
+
+}  // namespace
+}  // namespace orvalis
+
+namespace orvalis {
+namespace {
+
+// Whatever the standing answer, a failure of the database is not skipped:
+// a read that lost its connection is run again once, the rest are left.
+TEST(StandaloneErrorComponent, DatabaseFaultsAreRetriedOnceOrLeft) {
+  ErrorRecorder recorder;
+  recorder.setAnswer(kAnswerSkip);
+  auto at = [&](long number, long line) {
+    RecordedError e;
+    e.module = "HRDataFunctions";
+    e.procedure = "gfncOpenRecordset";
+    e.number = number;
+    e.line = line;
+    return recorder.record(e);
+  };
+  EXPECT_EQ(at(err::kDatabase, 20), kAnswerSkip);  // a bad statement: the standing answer
+  EXPECT_EQ(at(err::kConnectionLost, 20), kAnswerRetry);
+  EXPECT_EQ(recorder.firstDatabaseFault(), nullptr);  // run again: not a failure yet
+  EXPECT_EQ(at(err::kConnectionLost, 20), kAnswerLeave);  // lost again at the same step
+  EXPECT_EQ(recorder.firstDatabaseFault(), &recorder.errors()[2]);
+  EXPECT_EQ(at(err::kConnectionLost, 30), kAnswerRetry);
+  for (long n : {err::kOutcomeUnknown, err::kStatementTimeout, err::kDatabaseLocked}) {
+    EXPECT_EQ(at(n, 40), kAnswerLeave) << n;
+  }
+  EXPECT_EQ(recorder.grouped().size(), 5u);  // the two runs again are not listed
 }
 
 }  // namespace
