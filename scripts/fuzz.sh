@@ -22,10 +22,8 @@ bash "$root/scripts/install-deps.sh" fuzz
 
 sanitizers="-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer"
 if [ ! -f "$build/CMakeCache.txt" ]; then
-  launcher=()
-  if command -v ccache >/dev/null; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache); fi
   # Debug keeps assertions; -O1 keeps the fuzzing fast.
-  cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=clang++ "${launcher[@]}" \
+  cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=clang++ \
     -DORVALIS_FUZZ=ON -DORVALIS_BUILD_TESTS=OFF -DORVALIS_BUILD_BENCH=OFF \
     "-DCMAKE_CXX_FLAGS=-O1 -fsanitize=fuzzer-no-link $sanitizers" \
     "-DCMAKE_EXE_LINKER_FLAGS=$sanitizers" >/dev/null

@@ -18,9 +18,7 @@ bash "$root/scripts/install-deps.sh"
 
 sanitizers="-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer"
 if [ ! -f "$build/CMakeCache.txt" ]; then
-  launcher=()
-  if command -v ccache >/dev/null; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache); fi
-  cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Debug "${launcher[@]}" -DORVALIS_BUILD_BENCH=OFF \
+  cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Debug -DORVALIS_BUILD_BENCH=OFF \
     "-DCMAKE_CXX_FLAGS=$sanitizers" "-DCMAKE_EXE_LINKER_FLAGS=$sanitizers" >/dev/null
 fi
 cmake --build "$build" -j"$(nproc)"
