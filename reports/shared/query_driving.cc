@@ -62,7 +62,13 @@ QueryRowCopier::QueryRowCopier(const Recordset& rsQuery, const Recordset& rsData
 }
 
 void QueryRowCopier::copy(const Recordset& rsQuery, long row, Recordset& rsData) const {
+  const long to = rsData.currentRow();
   for (const Column& c : columns_) {
+    if (!c.dateTime && to >= 0) {
+      // Cell to cell: text and Null without building a value.
+      rsData.copyAt(to, c.to, rsQuery, row, c.from);
+      continue;
+    }
     Value v = rsQuery.at(row, c.from);
     if (c.dateTime && !v.isNull() && !v.isDate()) {
       // A value the database did not read as a date: kept only when it
