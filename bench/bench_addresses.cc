@@ -70,9 +70,7 @@ void BM_Shell_sqlite3(benchmark::State& state) {
                           ";";
   HREnvironment::set(nullptr);
   const std::string command = "sqlite3 '" + file.string() + "' \"" + sql + "\" > /dev/null";
-  for (auto _ : state) {
-    if (std::system(command.c_str()) != 0) state.SkipWithError(("failed: " + command).c_str());
-  }
+  bench::runShellReference(state, command);
 }
 
 BENCHMARK(BM_Addresses_SQLite)->Arg(5000)->Arg(20000)->Arg(100000)->Unit(benchmark::kMillisecond)->UseRealTime();

@@ -29,6 +29,7 @@
 #include "runtime/settings_file.h"
 #include "runtime/work_folder.h"
 #include "demo/demo_database.h"
+#include "bench_support.h"
 
 namespace orvalis {
 namespace {
@@ -37,18 +38,13 @@ constexpr const char* kTables = "PNLEMPMST,PNLEMPHST,PNLEMPABS,PNLEMPMSTX";
 constexpr const char* kFrom = "2022-01-01";
 constexpr const char* kTo = "2024-06-30";
 
-std::filesystem::path benchDir() {
-  const char* dir = std::getenv("ORVALIS_BENCH_DIR");
-  return dir && *dir ? std::filesystem::path(dir) : std::filesystem::temp_directory_path();
-}
-
 // The SQLite demo database with this many audit rows (built once, then
 // reused).
 std::string sqliteUrl(long auditRows) {
   static std::map<long, std::string> urls;
   auto it = urls.find(auditRows);
   if (it != urls.end()) return it->second;
-  std::filesystem::path file = benchDir() / ("orvalis_bench_audit_" + std::to_string(auditRows) + ".db");
+  std::filesystem::path file = bench::benchDir() / ("orvalis_bench_audit_" + std::to_string(auditRows) + ".db");
   if (!std::filesystem::exists(file)) {
     std::cerr << "bench_audit: building " << file << " ...\n";
     DemoOptions o;
@@ -65,7 +61,7 @@ std::string sqliteUrl(long auditRows) {
 
 void auditReport(benchmark::State& state) {
   const std::string url = sqliteUrl(state.range(0));
-  const std::filesystem::path work = benchDir() / "orvalis_bench_audit_work";
+  const std::filesystem::path work = bench::benchDir() / "orvalis_bench_audit_work";
   std::filesystem::create_directories(work);
   setWorkFolder(work);
   setSettingsPath(work / "HR.ini");
@@ -96,9 +92,7 @@ void shellReference(benchmark::State& state) {
   const std::string sql = reports::AuditData::auditSql("ORV01", reports::AuditData::quotedTables(kTables), kFrom,
                                                        kTo, "");
   const std::string command = "sqlite3 '" + url.substr(7) + "' \"" + sql + "\" > /dev/null";
-  for (auto _ : state) {
-    if (std::system(command.c_str()) != 0) state.SkipWithError(("failed: " + command).c_str());
-  }
+  bench::runShellReference(state, command);
 }
 
 // The driving statement alone through the tool's own connection, read into

@@ -5,6 +5,10 @@
 // Single-threaded, like the benchmarks.
 #pragma once
 
+#include <sys/resource.h>
+
+#include <benchmark/benchmark.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -54,6 +58,25 @@ inline std::shared_ptr<StandaloneEnvironment> installEnvironment(const std::stri
   auto environment = std::make_shared<StandaloneEnvironment>(config);
   HREnvironment::set(environment);
   return environment;
+}
+
+// Runs a shell command once an iteration (the engine's own shell, as the
+// reference a report is measured against). Besides the wall time it reports
+// "cpu_ms", the command's processor time an iteration (user and system, from
+// the finished children): on a shared machine the figure to set against the
+// report's own CPU time.
+inline void runShellReference(benchmark::State& state, const std::string& command) {
+  const auto childCpu = [] {
+    rusage u{};
+    getrusage(RUSAGE_CHILDREN, &u);
+    return (u.ru_utime.tv_sec + u.ru_stime.tv_sec) * 1e3 + (u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e3;
+  };
+  const double before = childCpu();
+  for (auto _ : state) {
+    if (std::system(command.c_str()) != 0) state.SkipWithError(("failed: " + command).c_str());
+  }
+  state.counters["cpu_ms"] =
+      benchmark::Counter((childCpu() - before) / static_cast<double>(state.iterations()));
 }
 
 }  // namespace orvalis::bench

@@ -4,6 +4,7 @@
 
 #include "runtime/recordset.h"
 #include "runtime/recordset_detail.h"
+#include "runtime/value.h"
 
 namespace orvalis {
 
@@ -49,12 +50,48 @@ std::string RowIndex::makeKey(const std::vector<std::string>& parts) {
   return key;
 }
 
+// The plain integer a cell's key reads as, if any: an integer cell without a
+// trip through its text, anything else through its trimmed text.
+std::optional<int64_t> RowIndex::integerKey(const Recordset& rs, long row, int index, std::string& scratch) {
+  constexpr int64_t kPlainLimit = 999999999999999999;  // 18 digits, as plainInteger reads
+  const Value v = rs.at(row, index);
+  if (v.kind() == Value::Kind::Integer) {
+    const int64_t n = v.asInteger();
+    if (n >= -kPlainLimit && n <= kPlainLimit) return n;
+    return std::nullopt;
+  }
+  if (v.isText()) return plainInteger(trimView(v.asText()));
+  scratch = v.text();
+  return plainInteger(trimView(scratch));
+}
+
 RowIndex::RowIndex(const Recordset& rs, const std::vector<std::string>& keyFields) {
   std::vector<int> cols;
   for (const auto& f : keyFields) {
     int idx = rs.fieldIndex(f);
     if (idx < 0) raiseItemNotFound();
     cols.push_back(idx);
+  }
+  std::string scratch;
+  // One key column whose every key is a plain integer: numbers straight
+  // away; the first other key sends the whole index to texts.
+  if (cols.size() == 1) {
+    integers_.reserve(static_cast<size_t>(rs.rowCount()));
+    bool plain = true;
+    for (long row = 0; row < rs.rowCount() && plain; ++row) {
+      if (rs.isDeleted(row)) continue;
+      const std::optional<int64_t> n = integerKey(rs, row, cols[0], scratch);
+      if (n) {
+        integers_[*n].push_back(row);
+      } else {
+        plain = false;
+      }
+    }
+    if (plain && !integers_.empty()) {
+      integerKeys_ = true;
+      return;
+    }
+    integers_ = {};
   }
   rows_.reserve(static_cast<size_t>(rs.rowCount()));
   std::string key;
@@ -63,20 +100,12 @@ RowIndex::RowIndex(const Recordset& rs, const std::vector<std::string>& keyField
     key.clear();
     for (size_t i = 0; i < cols.size(); ++i) {
       if (i) key.push_back('\x1f');
-      key += trimView(rs.textAt(row, cols[i]));
+      key += trimView(rs.textViewAt(row, cols[i], scratch));
     }
     auto it = rows_.find(std::string_view(key));
     if (it == rows_.end()) it = rows_.emplace(key, std::vector<long>()).first;
     it->second.push_back(row);
   }
-  if (cols.size() != 1 || rows_.empty()) return;
-  for (const auto& entry : rows_) {
-    if (!plainInteger(entry.first)) return;
-  }
-  integers_.reserve(rows_.size());
-  for (auto& [text, rows] : rows_) integers_.emplace(*plainInteger(text), std::move(rows));
-  rows_.clear();
-  integerKeys_ = true;
 }
 
 const std::vector<long>& RowIndex::find(std::string_view key) const {
@@ -103,6 +132,12 @@ long RowIndex::first(std::string_view key) const {
 
 long RowIndex::first(const Recordset& rs, long row, int index) const {
   thread_local std::string scratch;
+  if (integerKeys_) {
+    const std::optional<int64_t> n = integerKey(rs, row, index, scratch);
+    if (!n) return -1;
+    auto it = integers_.find(*n);
+    return it == integers_.end() ? -1 : it->second.front();
+  }
   return first(rs.textViewAt(row, index, scratch));
 }
 

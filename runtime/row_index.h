@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -50,6 +51,8 @@ class RowIndex {
     using is_transparent = void;
     bool operator()(std::string_view a, std::string_view b) const;
   };
+  static std::optional<int64_t> integerKey(const Recordset& rs, long row, int index, std::string& scratch);
+
   std::unordered_map<std::string, std::vector<long>, NoCaseHash, NoCaseEqual> rows_;
   // With integer keys, these instead of rows_.
   bool integerKeys_ = false;

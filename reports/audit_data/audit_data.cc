@@ -7,6 +7,7 @@
 #include "data/data_functions.h"
 #include "data/dialect_functions.h"
 #include "data/sql_text.h"
+#include "reports/shared/blank_trimmed.h"
 #include "runtime/basic_date.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
@@ -59,6 +60,19 @@ const std::vector<AuditData::ResultField>& AuditData::resultFields() {
       {"EMP_TEMPLATE_ID", ado::adChar, 10},    {"EMP_TEMPLATE_DESC", ado::adChar, 40},
   };
   return kFields;
+}
+
+bool AuditData::clockTime(std::string_view text, Value& time) {
+  const auto digit = [&](size_t i) { return text[i] >= '0' && text[i] <= '9' ? text[i] - '0' : -1; };
+  if (text.size() != 8 || text[2] != ':' || text[5] != ':') return false;
+  const int d[6] = {digit(0), digit(1), digit(3), digit(4), digit(6), digit(7)};
+  for (int x : d) {
+    if (x < 0) return false;
+  }
+  const int hours = d[0] * 10 + d[1], minutes = d[2] * 10 + d[3], seconds = d[4] * 10 + d[5];
+  if (hours > 23 || minutes > 59 || seconds > 59) return false;
+  time = Value(DateTime::fromDays(0, hours * 3600 + minutes * 60 + seconds));
+  return true;
 }
 
 std::string AuditData::auditSql(const std::string& variation, const std::string& tables, const std::string& from,
@@ -194,6 +208,7 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
       const Value reportName = fittedText(0, kReportName);
       std::unordered_map<std::string, Value> times;
       std::unordered_map<std::string, long> employeeRows;  // by KEY_ID as the audit rows spell it
+      std::string scratch;
 
       rsData.reserve(drv.recordCount());
       // Rows are read and written by number: the cursor's checks and the
@@ -205,7 +220,9 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
         const std::string orig = trim(drv.textAt(d, cOrig));
         actionCode = trim(drv.textAt(d, cAction));
         Value time = drv.at(d, cTime);
-        if (time.isText()) {
+        if (time.isText() && clockTime(time.asText(), time)) {
+          // "HH:MM:SS" as the audit writer stores it, read directly.
+        } else if (time.isText()) {
           // "HH:MM:SS" texts repeat: each is read as a time once.
           auto it = times.find(time.asText());
           if (it == times.end()) {
@@ -220,27 +237,38 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
 
         rsData.addNew();
         const long r = rsData.currentRow();
-        rsData.setAt(r, 0, reportName);
-        rsData.setAt(r, 1, caption[0]);
-        rsData.setAt(r, 2, caption[1]);
-        rsData.setAt(r, 3, fittedText(3, key));
-        rsData.setAt(r, 4, caption[2]);
-        rsData.setAt(r, 5, caption[3]);
+        // Texts go to their cells without a Value copied on the way.
+        const auto put = [&](int column, const Value& v) {
+          if (v.isText()) {
+            rsData.setTextAt(r, column, v.asText());
+          } else {
+            rsData.setAt(r, column, v);
+          }
+        };
+        const auto putText = [&](int column, std::string_view text) {
+          rsData.setTextAt(r, column, fitted(text, fields[static_cast<size_t>(column)].size));
+        };
+        put(0, reportName);
+        put(1, caption[0]);
+        put(2, caption[1]);
+        putText(3, key);
+        put(4, caption[2]);
+        put(5, caption[3]);
         rsData.setAt(r, 6, drv.at(d, cDate));
         rsData.setAt(r, 7, std::move(time));
-        rsData.setAt(r, 8, fittedText(8, user));
-        rsData.setAt(r, 9, userNameValue(user));
-        rsData.setAt(r, 10, fittedText(10, actionText(actionCode)));
-        rsData.setAt(r, 11, fittedText(11, trim(drv.textAt(d, cWas))));
-        rsData.setAt(r, 12, fittedText(12, trim(drv.textAt(d, cData))));
-        rsData.setAt(r, 13, fittedText(13, orig));
-        rsData.setAt(r, 14, fittedText(14, lookups_.originalDescription(captioned.entity, key, orig)));
+        putText(8, user);
+        put(9, userNameValue(user));
+        putText(10, actionText(actionCode));
+        putText(11, blankTrimmed(drv.textViewAt(d, cWas, scratch)));
+        putText(12, blankTrimmed(drv.textViewAt(d, cData, scratch)));
+        putText(13, orig);
+        putText(14, lookups_.originalDescription(captioned.entity, key, orig));
         auto known = employeeRows.find(key);
         if (known == employeeRows.end()) known = employeeRows.emplace(key, lookups_.employeeRow(key)).first;
         const long e = known->second;
         if (e < 0) continue;  // no employee: the EMP_ fields stay empty
         const std::vector<Value>& values = employeeValues(e);
-        for (size_t i = 0; i < values.size(); ++i) rsData.setAt(r, static_cast<int>(kFirstEmployeeField + i), values[i]);
+        for (size_t i = 0; i < values.size(); ++i) put(static_cast<int>(kFirstEmployeeField + i), values[i]);
       }
       rsData.moveFirst();
       result = true;

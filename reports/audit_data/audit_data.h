@@ -22,6 +22,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "component/report_class.h"
@@ -48,6 +49,10 @@ class AuditData final : public ReportClass {
   static std::string quotedTables(const std::string& list);
   // The report's text of an action code.
   static std::string actionText(const std::string& code);
+  // A stored time text of the form "HH:MM:SS" (two digits each, a valid
+  // time of day) as the time value CDate gives it; false for any other
+  // text, which goes through the date rules instead.
+  static bool clockTime(std::string_view text, Value& time);
 
  protected:
   void resetWorkingState() override;

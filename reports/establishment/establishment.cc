@@ -12,6 +12,7 @@
 #include "payroll/wte.h"
 #include "query/access.h"
 #include "reports/establishment/establishment_sql.h"
+#include "reports/shared/blank_trimmed.h"
 #include "reports/shared/query_driving.h"
 #include "runtime/ado.h"
 #include "runtime/basic_date.h"
@@ -240,19 +241,14 @@ bool Establishment::fncJobActive(const std::string& jobId) const {
   return it == jobs_.end() || it->second.status != "D";
 }
 
-void Establishment::subAddXrefDetail(Recordset& rsData, int field, const std::string& table,
-                                     const std::string& code) const {
-  if (code.empty()) {
-    rsData.set(field, Value(""));
+void Establishment::subAddXrefDetail(Recordset& rsData, int field, const Codes* table, std::string_view code) const {
+  const long row = rsData.currentRow();
+  if (code.empty() || table == nullptr) {
+    rsData.setTextAt(row, field, "");
     return;
   }
-  auto t = codes_.find(table);
-  if (t == codes_.end()) {
-    rsData.set(field, Value(""));
-    return;
-  }
-  auto it = t->second.find(ucase(code));
-  rsData.set(field, Value(it == t->second.end() ? std::string() : it->second));
+  auto it = table->find(ucase(code));
+  rsData.setTextAt(row, field, it == table->end() ? std::string_view() : std::string_view(it->second));
 }
 
 const Establishment::JobVersion* Establishment::fncSetJobDescription(const std::string& jobId, DateTime onDate) const {
@@ -327,6 +323,19 @@ bool Establishment::fncBaseLoop(const std::string& method, Recordset& rsData, Re
                 eForename = employeeRows_.fieldIndex("FORENAME"), eSex = employeeRows_.fieldIndex("SEX_ID"),
                 eNation = employeeRows_.fieldIndex("NATIONALITY_ID"),
                 eEthnic = employeeRows_.fieldIndex("ETH_ORIG_ID"), eColour = employeeRows_.fieldIndex("COLOUR_ID");
+      // Each code table once, not by name on every row.
+      const auto codes = [&](const char* table) -> const Codes* {
+        auto t = codes_.find(table);
+        return t == codes_.end() ? nullptr : &t->second;
+      };
+      const Codes *sexCodes = codes("PNLSEX"), *nationCodes = codes("PNLNATION"), *ethnicCodes = codes("PNLETHNIC"),
+                  *colourCodes = codes("PNLCOLOUR"), *deptCodes = codes("PNLDEPT"), *locCodes = codes("PNLLOCS"),
+                  *holGrdCodes = codes("PNLHOLGRD"), *manCodes = codes("PNLMAN"), *reasonCodes = codes("PNLEHRES"),
+                  *salGrdCodes = codes("PNLSALGRD"), *wteCodes = codes("PNLWTE"), *jobCatCodes = codes("PNLJOBCAT"),
+                  *remissionCodes = codes("PNLREMRES"), *empTypeCodes = codes("PNLEMPTP"),
+                  *employCodes = codes("PNLEMPLOY"), *conTypeCodes = codes("PNLCONTYP"),
+                  *empStatusCodes = codes("PNLSTAEMP");
+      std::string scratch;
       rsData.reserve(driving.rowCount());
       for (long r = 0; r < driving.rowCount(); ++r) {
         empId_ = trim(driving.textAt(r, cEmp));
@@ -339,33 +348,37 @@ bool Establishment::fncBaseLoop(const std::string& method, Recordset& rsData, Re
         if (end && *end < rangeStart_) continue;
 
         rsData.addNew();
-        rsData.set(oEmp, Value(empId_));
+        const long out = rsData.currentRow();
+        rsData.setTextAt(out, oEmp, empId_);
         const long e = employeeIndex_.first(empId_);
-        const auto emp = [&](int c) { return e < 0 || c < 0 ? std::string() : trim(employeeRows_.textAt(e, c)); };
-        rsData.set(oSurname, Value(emp(eSurname)));
-        rsData.set(oForename, Value(emp(eForename)));
-        rsData.set(oKnownAs, Value(emp(eKnownAs)));
-        subAddXrefDetail(rsData, oSex, "PNLSEX", emp(eSex));
-        subAddXrefDetail(rsData, oNation, "PNLNATION", emp(eNation));
-        subAddXrefDetail(rsData, oEthnic, "PNLETHNIC", emp(eEthnic));
-        subAddXrefDetail(rsData, oColour, "PNLCOLOUR", emp(eColour));
+        // Cell texts in place, trimmed; each is used before the next is read.
+        const auto emp = [&](int c) {
+          return e < 0 || c < 0 ? std::string_view() : blankTrimmed(employeeRows_.textViewAt(e, c, scratch));
+        };
+        rsData.setTextAt(out, oSurname, emp(eSurname));
+        rsData.setTextAt(out, oForename, emp(eForename));
+        rsData.setTextAt(out, oKnownAs, emp(eKnownAs));
+        subAddXrefDetail(rsData, oSex, sexCodes, emp(eSex));
+        subAddXrefDetail(rsData, oNation, nationCodes, emp(eNation));
+        subAddXrefDetail(rsData, oEthnic, ethnicCodes, emp(eEthnic));
+        subAddXrefDetail(rsData, oColour, colourCodes, emp(eColour));
 
         subAddJobDetails(rsData, jobId_, start && *start > rangeStart_ ? *start : rangeStart_);
         rsData.set(oStart, start ? Value(*start) : Value::null());
         rsData.set(oEnd, end ? Value(*end) : Value::null());
-        const auto text = [&](int c) { return trim(driving.textAt(r, c)); };
-        subAddXrefDetail(rsData, oDept, "PNLDEPT", text(cDept));
-        subAddXrefDetail(rsData, oLoc, "PNLLOCS", text(cLoc));
-        rsData.set(oStatus, Value(text(cStatus)));
-        subAddXrefDetail(rsData, oHolGrd, "PNLHOLGRD", text(cHolGrd));
-        subAddXrefDetail(rsData, oMan, "PNLMAN", text(cMan));
-        subAddXrefDetail(rsData, oReason, "PNLEHRES", text(cReason));
-        subAddXrefDetail(rsData, oSalGrd, "PNLSALGRD", text(cSalGrd));
-        rsData.set(oScale, Value(text(cScale)));
-        const std::string wteId = text(cWte);
-        subAddXrefDetail(rsData, oWte, "PNLWTE", wteId);
-        subAddXrefDetail(rsData, oAnalysis, "PNLJOBCAT", text(cAnalysis));
-        rsData.set(oRef, Value(text(cRef)));
+        const auto text = [&](int c) { return blankTrimmed(driving.textViewAt(r, c, scratch)); };
+        subAddXrefDetail(rsData, oDept, deptCodes, text(cDept));
+        subAddXrefDetail(rsData, oLoc, locCodes, text(cLoc));
+        rsData.setTextAt(out, oStatus, text(cStatus));
+        subAddXrefDetail(rsData, oHolGrd, holGrdCodes, text(cHolGrd));
+        subAddXrefDetail(rsData, oMan, manCodes, text(cMan));
+        subAddXrefDetail(rsData, oReason, reasonCodes, text(cReason));
+        subAddXrefDetail(rsData, oSalGrd, salGrdCodes, text(cSalGrd));
+        rsData.setTextAt(out, oScale, text(cScale));
+        const std::string wteId(text(cWte));
+        subAddXrefDetail(rsData, oWte, wteCodes, wteId);
+        subAddXrefDetail(rsData, oAnalysis, jobCatCodes, text(cAnalysis));
+        rsData.setTextAt(out, oRef, text(cRef));
         const Value wteFactor = numberOf(driving.at(r, cWteFactor));
         const Value hours = numberOf(driving.at(r, cHours));
         rsData.set(oWteFactor, wteFactor);
@@ -376,12 +389,12 @@ bool Establishment::fncBaseLoop(const std::string& method, Recordset& rsData, Re
         rsData.set(oDirect, numberOf(driving.at(r, cDirect)));
         rsData.set(oNonDirect, numberOf(driving.at(r, cNonDirect)));
         rsData.set(oRemission, numberOf(driving.at(r, cRemission)));
-        subAddXrefDetail(rsData, oRemissionId, "PNLREMRES", text(cRemissionId));
-        const std::string empType = text(cEmpType);
-        subAddXrefDetail(rsData, oEmpType, "PNLEMPTP", empType);
-        subAddXrefDetail(rsData, oEmploy, "PNLEMPLOY", text(cEmploy));
-        subAddXrefDetail(rsData, oConType, "PNLCONTYP", text(cConType));
-        subAddXrefDetail(rsData, oEmpStatus, "PNLSTAEMP", text(cEmpStatus));
+        subAddXrefDetail(rsData, oRemissionId, remissionCodes, text(cRemissionId));
+        const std::string empType(text(cEmpType));
+        subAddXrefDetail(rsData, oEmpType, empTypeCodes, empType);
+        subAddXrefDetail(rsData, oEmploy, employCodes, text(cEmploy));
+        subAddXrefDetail(rsData, oConType, conTypeCodes, text(cConType));
+        subAddXrefDetail(rsData, oEmpStatus, empStatusCodes, text(cEmpStatus));
 
         double adjusted = wteFactor.isNull() ? 0 : wteFactor.asDouble();
         if (ucase(empType) == "P") {

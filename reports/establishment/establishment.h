@@ -44,6 +44,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -98,7 +99,9 @@ class Establishment final : public ReportClass {
   void subLoadLookups();
   bool fncEmployeeOnQuery(const std::string& empId, const std::string& seqId) const;
   bool fncJobActive(const std::string& jobId) const;
-  void subAddXrefDetail(Recordset& rsData, int field, const std::string& table, const std::string& code) const;
+  // The description of `code` (trimmed) in a code table (nullptr: a table
+  // not read) into a field of the current row; "" when unknown or empty.
+  void subAddXrefDetail(Recordset& rsData, int field, const Codes* table, std::string_view code) const;
   void subAddJobDetails(Recordset& rsData, const std::string& jobId, DateTime onDate);
   // The version of a job valid on a date, or nullptr.
   const JobVersion* fncSetJobDescription(const std::string& jobId, DateTime onDate) const;

@@ -64,7 +64,13 @@ QueryRowCopier::QueryRowCopier(const Recordset& rsQuery, const Recordset& rsData
 
 void QueryRowCopier::copy(const Recordset& rsQuery, long row, Recordset& rsData) const {
   progressStep(static_cast<double>(row + 1), static_cast<double>(rsQuery.rowCount()));
+  const long to = rsData.currentRow();
   for (const Column& c : columns_) {
+    if (!c.dateTime && to >= 0) {
+      // Cell to cell: text and Null without building a value.
+      rsData.copyAt(to, c.to, rsQuery, row, c.from);
+      continue;
+    }
     Value v = rsQuery.at(row, c.from);
     if (c.dateTime && !v.isNull() && !v.isDate()) {
       // A value the database did not read as a date: kept only when it

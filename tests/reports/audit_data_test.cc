@@ -70,6 +70,21 @@ class AuditDataReport : public ::testing::Test {
   Recordset rs_;
 };
 
+// The direct reading of "HH:MM:SS" gives what the date rules give, and
+// leaves every other text to them.
+TEST(AuditDataTime, ClockTimesReadAsTheDateRulesReadThem) {
+  for (const char* text : {"00:00:00", "09:05:07", "12:34:56", "23:59:59"}) {
+    Value quick;
+    ASSERT_TRUE(AuditData::clockTime(text, quick)) << text;
+    EXPECT_EQ(quick, Value(Value(text).toDate())) << text;
+  }
+  for (const char* text : {"24:00:00", "12:60:00", "12:00:60", "9:05:07", "12:34", "12-34-56", "", "1a:00:00",
+                           "12:34:56 "}) {
+    Value quick;
+    EXPECT_FALSE(AuditData::clockTime(text, quick)) << text;
+  }
+}
+
 TEST_F(AuditDataReport, RowsAreEnrichedAndActionsMapped) {
   addAudit(1, "2024-03-01", "PNLEMPMST", "SURNAME", "100001", "IN");
   addAudit(2, "2024-03-01", "PNLEMPMST", "EMP_ID", "100001", "AM");
