@@ -195,6 +195,7 @@ DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options)
     for (const demo::Company& co : companies) {
       demo::writeReferenceTables(writer, ctx, co);
       demo::writePeopleTables(writer, ctx, co, report.defects);
+      demo::writeCheckLists(writer, ctx, co);
     }
     connection.commit();
   } catch (...) {

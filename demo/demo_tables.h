@@ -47,6 +47,8 @@ const char* weekdayName(int weekday);
 void writeReferenceTables(Writer& w, const Context& ctx, const Company& co);
 void writePeopleTables(Writer& w, const Context& ctx, const Company& co, DemoDefects& defects);
 void writeSharedTables(Writer& w, Context& ctx, const std::vector<Company>& companies);
+// Check-list templates, items and the employees' items (demo_checklists.cc).
+void writeCheckLists(Writer& w, const Context& ctx, const Company& co);
 
 // The users the shared tables create (USER_ID), for the audit rows.
 const std::vector<const char*>& demoUserIds();
