@@ -5,6 +5,10 @@
 // statement and reading the lookup tables the report reads.
 //
 //   build/bench/bench_post_review --benchmark_filter=/20000
+//
+// On 20 000 employees (medians of 5, a shared two-core machine): report
+// against shell 72 / 104 ms POST_REVIEW (832 rows), 197 / 167 ms
+// JOB_ANALYSIS (30 569 posts read), 85 / 70 ms CHECKLISTS (15 462 rows).
 
 #include <benchmark/benchmark.h>
 

@@ -374,10 +374,10 @@ void PostReview::subJobAnalysisRows(Recordset& rsData, Recordset& driving) {
     rsData.set(11, Value(f.leavers));
     const double average = (static_cast<double>(f.holders) + static_cast<double>(f.holdersAtStart)) / 2;
     rsData.set(12, Value(average > 0 ? round2(static_cast<double>(f.leavers) / average * 100) : 0.0));
-    rsData.set(13, Value(f.ownFactor == 0 ? std::string()
-                                          : std::to_string(f.ownFactor) +
-                                                (f.ownFactor == 1 ? " post" : " posts") +
-                                                " without a WTE factor: their own factor is used"));
+    std::string note;
+    if (f.ownFactor == 1) note = "1 post without a WTE factor: its own factor is used";
+    if (f.ownFactor > 1) note = std::to_string(f.ownFactor) + " posts without a WTE factor: their own factors are used";
+    rsData.set(13, Value(note));
   }
 }
 
