@@ -2,7 +2,13 @@
 // report reference resolution.
 //
 //   orvalis classes                    one line per class: identifier, TAB,
-//                                      its public methods joined by ", "
+//                                      its public methods joined by ", ",
+//                                      TAB, the references that reach it
+//                                      ("POST_REVIEW, 91 (PNL)": a number
+//                                      in the personnel module only; "-"
+//                                      for none: created by identifier only),
+//                                      and, when the class has one, TAB
+//                                      and a note (what OpenObject does)
 //   orvalis resolve MODULE REFERENCE   identifier, TAB, class name, TAB,
 //                                      module after resolution (empty
 //                                      fields left empty); exit 1 when no
@@ -11,6 +17,7 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "cli/cli_context.h"
 #include "component/class_registry.h"
@@ -24,7 +31,12 @@ void setup(CLI::App& app, CliContext& context) {
   auto* classes = app.add_subcommand("classes", "list the creatable report classes and their public methods");
   classes->callback([] {
     for (const ReportClassInfo& info : reportClasses()) {
-      std::cout << info.classId() << "\t" << join(info.methods, ", ") << "\n";
+      const std::vector<std::string> references = referencesReaching(info.classId());
+      std::cout << info.classId() << "\t" << join(info.methods, ", ") << "\t"
+                << (references.empty() ? std::string("-") : join(references, ", "));
+      const std::string note = classNote(info.classId());
+      if (!note.empty()) std::cout << "\t" << note;
+      std::cout << "\n";
     }
   });
 

@@ -1,6 +1,7 @@
 #include "component/class_registry.h"
 
 #include <algorithm>
+#include <map>
 
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
@@ -12,7 +13,18 @@ std::vector<ReportClassInfo>& registry() {
   static std::vector<ReportClassInfo> classes;
   return classes;
 }
+std::map<std::string, std::string>& notes() {
+  static std::map<std::string, std::string> byId;  // upper-cased identifier
+  return byId;
+}
 }  // namespace
+
+void setClassNote(std::string_view classId, std::string note) { notes()[upperTrim(classId)] = std::move(note); }
+
+std::string classNote(std::string_view classId) {
+  auto it = notes().find(upperTrim(classId));
+  return it == notes().end() ? std::string() : it->second;
+}
 
 void registerReportClass(ReportClassInfo info) {
   auto& classes = registry();

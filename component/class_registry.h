@@ -53,6 +53,11 @@ std::unique_ptr<ReportClass> createReportClass(std::string_view classId);
 // As createReportClass, but an unknown identifier raises "ActiveX
 // component can't create object" (429).
 std::unique_ptr<ReportClass> requireReportClass(std::string_view classId);
+// A remark on a registered class that its method list does not tell (what
+// OpenObject does), shown by `orvalis classes`; "" when it has none.
+void setClassNote(std::string_view classId, std::string note);
+std::string classNote(std::string_view classId);
+
 // The creatable classes, in registration order (the order the component
 // publishes them).
 std::vector<ReportClassInfo> reportClasses();

@@ -1,5 +1,6 @@
 #include "component/report_references.h"
 
+#include <algorithm>
 #include <string_view>
 #include <vector>
 
@@ -169,6 +170,26 @@ std::string gfncGetBusObjectID(const std::string& module, const std::string& ref
   const std::string className = gfncGetBusClassName(m, ref);
   if (className.empty()) return "";
   return componentNameOfModule(m) + "." + className;
+}
+
+std::vector<std::string> referencesReaching(const std::string& classId) {
+  const std::string wanted = upperTrim(classId);
+  std::vector<std::string> candidates;
+  for (const ClassRow& row : kClassRows) {
+    for (std::string_view r : row.references) candidates.emplace_back(r);
+  }
+  for (const NumberedReport& n : kPersonnelNumbers) candidates.emplace_back(n.number);
+  std::vector<std::string> found;
+  for (const std::string& reference : candidates) {
+    std::vector<std::string> modules;
+    for (const char* module : {"PNL", "PAY", "ADM"}) {
+      if (upperTrim(gfncGetBusObjectID(module, reference)) == wanted) modules.emplace_back(module);
+    }
+    if (modules.empty()) continue;
+    const std::string text = modules.size() == 3 ? reference : reference + " (" + join(modules, ", ") + ")";
+    if (std::find(found.begin(), found.end(), text) == found.end()) found.push_back(text);
+  }
+  return found;
 }
 
 }  // namespace orvalis

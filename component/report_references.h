@@ -14,6 +14,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace orvalis {
 
@@ -29,6 +30,12 @@ std::string gfncGetBusClassName(std::string& module, const std::string& referenc
 // The class identifier, or "" when the module or reference is empty or no
 // class serves the reference.
 std::string gfncGetBusObjectID(const std::string& module, const std::string& reference);
+
+// The references of the tables above that resolve to the class identifier
+// classId ("ORVALIS.PostReview"), in table order, personnel numbers after
+// the names; a reference that does so in some modules only names them:
+// {"POST_REVIEW", "JOB_ANALYSIS", "91 (PNL)"}.
+std::vector<std::string> referencesReaching(const std::string& classId);
 
 // The component name of a module code ("PNL", "PAY", "ADM"); "" for others.
 std::string componentNameOfModule(const std::string& module);

@@ -196,6 +196,7 @@ DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options)
       demo::writeReferenceTables(writer, ctx, co);
       demo::writePeopleTables(writer, ctx, co, report.defects);
       demo::writeTrainingTables(writer, ctx, co);
+      demo::writeCheckLists(writer, ctx, co);
     }
     connection.commit();
   } catch (...) {

@@ -49,6 +49,8 @@ void writePeopleTables(Writer& w, const Context& ctx, const Company& co, DemoDef
 void writeSharedTables(Writer& w, Context& ctx, const std::vector<Company>& companies);
 // Course types, courses and training events (demo_training_tables.cc).
 void writeTrainingTables(Writer& w, const Context& ctx, const Company& co);
+// Check-list templates, items and the employees' items (demo_checklists.cc).
+void writeCheckLists(Writer& w, const Context& ctx, const Company& co);
 
 // The users the shared tables create (USER_ID), for the audit rows.
 const std::vector<const char*>& demoUserIds();

@@ -552,6 +552,51 @@ CREATE TABLE PNLDRYRULE (
 );
 
 -- ===================================================================
+-- Check-lists: joiner, leaver and post-change tasks
+-- ===================================================================
+
+-- Check-list templates. TRIGGER_ID "J" joiner, "L" leaver, "P" post
+-- change; BASE_DATE_FIELD names the date the items count from, written as
+-- the diary rules write it ("PNLEMPMST.DATE_START").
+CREATE TABLE PNLCHKLST (
+  VARIATION_ID VARCHAR(10) NOT NULL,
+  CODE_ID VARCHAR(10) NOT NULL,
+  DESCRIPTION VARCHAR(60),
+  TRIGGER_ID VARCHAR(1),
+  BASE_DATE_FIELD VARCHAR(60),
+  PRIMARY KEY (VARIATION_ID, CODE_ID)
+);
+
+-- Items of a check-list: due OFFSET_NUMBER units (OFFSET_UNIT "D", "W",
+-- "M", "Y", as the diary rules' offsets) after the base date.
+CREATE TABLE PNLCHKITM (
+  VARIATION_ID VARCHAR(10) NOT NULL,
+  CHK_ID VARCHAR(10) NOT NULL,
+  SEQ_ID INTEGER NOT NULL,
+  DESCRIPTION VARCHAR(60),
+  OFFSET_NUMBER INTEGER,
+  OFFSET_UNIT VARCHAR(1),
+  RESPONSIBLE_ROLE VARCHAR(20),
+  MANDATORY_YN VARCHAR(1),
+  PRIMARY KEY (VARIATION_ID, CHK_ID, SEQ_ID)
+);
+
+-- An employee's check-list items. STATUS_ID "O" outstanding, "C" complete;
+-- an item with a COMPLETED_DATE is complete whatever STATUS_ID says. An
+-- empty DUE_DATE is counted from the check-list's base date.
+CREATE TABLE PNLEMPCHK (
+  VARIATION_ID VARCHAR(10) NOT NULL,
+  EMP_ID VARCHAR(10) NOT NULL,
+  CHK_ID VARCHAR(10) NOT NULL,
+  ITEM_SEQ_ID INTEGER NOT NULL,
+  DUE_DATE DATE,
+  COMPLETED_DATE DATE,
+  COMPLETED_BY VARCHAR(10),
+  STATUS_ID VARCHAR(1),
+  PRIMARY KEY (VARIATION_ID, EMP_ID, CHK_ID, ITEM_SEQ_ID)
+);
+
+-- ===================================================================
 -- Working patterns and calendar
 -- ===================================================================
 

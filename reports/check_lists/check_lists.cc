@@ -1,6 +1,21 @@
 #include "reports/check_lists/check_lists.h"
 
+#include <algorithm>
+
 #include "component/class_registry.h"
+#include "component/errors/debug_log.h"
+#include "data/data_functions.h"
+#include "data/dictionary.h"
+#include "data/sql_text.h"
+#include "diary/rule_offset.h"
+#include "query/access.h"
+#include "query/sql_identifiers.h"
+#include "reports/shared/query_driving.h"
+#include "reports/shared/report_lookups.h"
+#include "runtime/ado.h"
+#include "runtime/basic_string.h"
+#include "runtime/error.h"
+#include "runtime/flags.h"
 
 namespace orvalis::reports {
 
@@ -9,10 +24,41 @@ namespace {
 // The class as it is published: name, public methods, the error handling
 // of its procedures.
 const ReportClassInfo& published() {
-  static const ReportClassInfo info{
-      "CheckLists", {"ExtractData"}, Handler::Block, newReportClass<CheckLists>};
+  static const ReportClassInfo info{"CheckLists", {"ExtractData"}, Handler::Block, newReportClass<CheckLists>};
   return info;
 }
+
+constexpr const char* kSource = "ORVALIS.CheckLists";
+
+struct ResultField {
+  const char* name;
+  int type;
+  long size;
+};
+
+constexpr int kText = ado::adVarChar;
+constexpr int kDate = ado::adDate;
+constexpr int kWhole = ado::adInteger;
+
+constexpr ResultField kFields[] = {
+    {"EMP_ID", kText, 10},           {"SURNAME", kText, 40},         {"FORENAME", kText, 40},
+    {"KNOWNAS", kText, 40},          {"DEPT_ID", kText, 10},         {"DEPARTMENT", kText, 60},
+    {"MAN_ID", kText, 10},           {"MANAGER", kText, 60},         {"CHECKLIST_ID", kText, 10},
+    {"CHECKLIST", kText, 60},        {"ITEM_SEQ_ID", kWhole, 4},     {"ITEM", kText, 60},
+    {"RESPONSIBLE_ROLE", kText, 20}, {"BASE_DATE", kDate, 12},       {"DUE_DATE", kDate, 12},
+    {"COMPLETED_DATE", kDate, 12},   {"COMPLETED_BY", kText, 10},    {"STATUS", kText, 12},
+    {"DAYS_OVERDUE", kWhole, 4},     {"MANDATORY", kText, 3},        {"NOTE", kText, 80},
+};
+enum Out {
+  oEmp, oSurname, oForename, oKnownAs, oDept, oDeptDesc, oMan, oManDesc, oList, oListDesc, oSeq, oItem, oRole,
+  oBase, oDue, oCompleted, oBy, oStatus, oOverdue, oMandatory, oNote
+};
+// The driving columns; the base-date columns of PNLEMPMST follow.
+enum In { cEmp, cList, cSeq, cDue, cCompleted, cBy, cStatus, cSurname, cForename, cKnownAs, cDept, cMan, cBaseFirst };
+
+std::string itemKey(const std::string& list, const std::string& seq) { return upperTrim(list) + "|" + trim(seq); }
+
+Value dateValue(std::optional<DateTime> d) { return d ? Value(*d) : Value::null(); }
 
 }  // namespace
 
@@ -20,6 +66,223 @@ CheckLists::CheckLists() : ReportClass(published()) {}
 
 void registerCheckLists() { registerReportClass(published()); }
 
-bool CheckLists::recognises(const std::string&) const { return false; }
+bool CheckLists::recognises(const std::string& method) const { return method == "CHECKLISTS"; }
+
+void CheckLists::resetWorkingState() {
+  ReportClass::resetWorkingState();
+  checkListId_.clear();
+  status_.clear();
+  asAtText_.clear();
+  overdueText_.clear();
+  responsible_.clear();
+  queryId_.clear();
+  sql_.clear();
+  empId_.clear();
+  lists_.clear();
+  items_.clear();
+  masterColumns_.clear();
+  postColumns_.clear();
+  overdueOnly_ = false;
+}
+
+void CheckLists::readParameters(const std::string& method, const Parameters& parameters) {
+  gsubDebugLog(kSource, "ORVALIS.CheckLists.ExtractData - START");
+  gsubDebugLog(kSource, "MethodName : " + method);
+  gsubDebugLog(kSource, "Parameters : " + parameters.describe());
+  checkListId_ = upperTrim(parameters.named("CHECKLIST_ID"));
+  status_ = upperTrim(parameters.named("STATUS"));
+  if (status_.empty()) status_ = "O";
+  asAtText_ = trim(parameters.named("AS_AT_DATE"));
+  overdueText_ = trim(parameters.named("OVERDUE_ONLY"));
+  overdueOnly_ = flagIsTrue(overdueText_);
+  responsible_ = upperTrim(parameters.named("RESPONSIBLE"));
+  queryId_ = trim(parameters.named("QUERY_ID"));
+  if (!recognises(method)) return;
+  if (status_ != "O" && status_ != "C" && status_ != "A") {
+    throw Error(err::kInvalidProcedureCall, className(),
+                "STATUS \"" + status_ + "\" is not O (outstanding), C (complete) or A (all)");
+  }
+  asAt_ = dateParameter(className(), "AS_AT_DATE", asAtText_, DateTime::today().datePart());
+}
+
+void CheckLists::subLoadCheckLists() {
+  const std::string company = "WHERE VARIATION_ID = '" + sqlQuote(gfncCompanyCode()) + "'";
+  Recordset lists = readRows(className(), "SELECT CODE_ID, DESCRIPTION, BASE_DATE_FIELD FROM PNLCHKLST " + company);
+  for (long r = 0; r < lists.rowCount(); ++r) {
+    List l{trim(lists.textAt(r, 0)), trim(lists.textAt(r, 1)), upperTrim(lists.textAt(r, 2)), "", ""};
+    // A base date is read only from a date column the dictionary knows, of
+    // the employee or of the employee's main post.
+    const size_t dot = l.baseField.find('.');
+    if (isFieldName(l.baseField) && fieldDataType(l.baseField) == "D") {
+      const std::string table = l.baseField.substr(0, dot), column = l.baseField.substr(dot + 1);
+      std::vector<std::string>* columns = table == "PNLEMPMST" ? &masterColumns_
+                                          : table == "PNLEMPHST" ? &postColumns_
+                                                                 : nullptr;
+      if (columns) {
+        l.baseTable = table;
+        l.baseColumn = column;
+        if (std::find(columns->begin(), columns->end(), column) == columns->end()) columns->push_back(column);
+      }
+    }
+    lists_.emplace(ucase(l.code), std::move(l));
+  }
+  if (!checkListId_.empty() && !lists_.count(checkListId_)) {
+    throw Error(err::kInvalidProcedureCall, className(), "CHECKLIST_ID \"" + checkListId_ + "\" is not a check-list");
+  }
+  Recordset items = readRows(className(),
+                             "SELECT CHK_ID, SEQ_ID, DESCRIPTION, OFFSET_NUMBER, OFFSET_UNIT, RESPONSIBLE_ROLE, "
+                             "MANDATORY_YN FROM PNLCHKITM " + company);
+  for (long r = 0; r < items.rowCount(); ++r) {
+    Item it;
+    it.description = trim(items.textAt(r, 2));
+    it.number = static_cast<long>(cellNumber(items.at(r, 3)).value_or(0));
+    it.unit = trim(items.textAt(r, 4));
+    it.role = trim(items.textAt(r, 5));
+    it.mandatory = flagIsYes(trim(items.textAt(r, 6)));
+    items_.emplace(itemKey(items.textAt(r, 0), items.textAt(r, 1)), std::move(it));
+  }
+}
+
+std::string CheckLists::drivingSql(const std::string&) {
+  subLoadCheckLists();
+  std::string selection;
+  gsubAddSelection("PNLEMPMST", "", selection, "Y");
+  selection = trim(selection);
+  sql_ = "SELECT PNLEMPCHK.EMP_ID, PNLEMPCHK.CHK_ID, PNLEMPCHK.ITEM_SEQ_ID, PNLEMPCHK.DUE_DATE, "
+         "PNLEMPCHK.COMPLETED_DATE, PNLEMPCHK.COMPLETED_BY, PNLEMPCHK.STATUS_ID, PNLEMPMST.SURNAME, "
+         "PNLEMPMST.FORENAME, PNLEMPMST.KNOWNAS, PNLEMPMST.DEPT_ID, PNLEMPMST.MAN_ID";
+  for (const std::string& c : masterColumns_) sql_ += ", PNLEMPMST." + c;
+  sql_ += " FROM PNLEMPCHK, PNLEMPMST WHERE PNLEMPCHK.VARIATION_ID = '" + sqlQuote(gfncCompanyCode()) + "' ";
+  sql_ += "AND PNLEMPMST.VARIATION_ID = PNLEMPCHK.VARIATION_ID AND PNLEMPMST.EMP_ID = PNLEMPCHK.EMP_ID ";
+  if (!checkListId_.empty()) sql_ += "AND PNLEMPCHK.CHK_ID = '" + sqlQuote(checkListId_) + "' ";
+  if (!selection.empty()) sql_ += "AND " + selection + " ";
+  sql_ += "ORDER BY PNLEMPCHK.EMP_ID, PNLEMPCHK.CHK_ID, PNLEMPCHK.ITEM_SEQ_ID";
+  return sql_;
+}
+
+bool CheckLists::createBaseRecordset(const std::string&, Recordset& rsData) {
+  rsData = Recordset();
+  for (const ResultField& f : kFields) appendResultField(rsData, f.name, f.type, f.size);
+  rsData.open();
+  return rsData.isOpen();
+}
+
+bool CheckLists::baseLoop(const std::string& method, Recordset& rsData, Recordset& driving) {
+  return fncBaseLoop(method, rsData, driving);
+}
+
+void CheckLists::dumpVariables(Dump& dump) const {
+  dump.item("STRSQL = ", sql_)
+      .item("STRCHECKLIST_ID:", checkListId_)
+      .item("STRSTATUS:", status_)
+      .item("STRAS_AT_DATE:", asAtText_)
+      .item("STROVERDUE_ONLY:", overdueText_)
+      .item("STRRESPONSIBLE:", responsible_)
+      .item("STRQUERY_ID:", queryId_);
+}
+
+bool CheckLists::fncBaseLoop(const std::string& method, Recordset& rsData, Recordset& driving) {
+  bool result = false;
+  Procedure proc(Handler::Block, componentNames().reports, className(), "fncBaseLoop");
+  proc.variables([&] {
+    return Dump().item("STRMETHODNAME:", method).item("STRSQL = ", sql_).item("STREMP_ID:", empId_).text();
+  });
+  proc.run([&](Steps& step) {
+    step(10, [&] {
+      const CodeDescriptions departments(className(), "PNLDEPT");
+      const CodeDescriptions managers(className(), "PNLMAN");
+      const QueryEmployees selected(className(), queryId_);
+      // The main current post's base-date columns, once per run.
+      std::unordered_map<std::string, std::vector<std::optional<DateTime>>> postDates;
+      if (!postColumns_.empty()) {
+        std::string sql = "SELECT EMP_ID, SEQ_ID";
+        for (const std::string& c : postColumns_) sql += ", " + c;
+        sql += " FROM PNLEMPHST WHERE VARIATION_ID = '" + sqlQuote(gfncCompanyCode()) +
+               "' AND STATUS_ID = 'R' ORDER BY EMP_ID, SEQ_ID";
+        Recordset posts = readRows(className(), sql);
+        for (long r = 0; r < posts.rowCount(); ++r) {
+          std::vector<std::optional<DateTime>>& dates = postDates[upperTrim(posts.textAt(r, 0))];
+          dates.clear();
+          for (size_t c = 0; c < postColumns_.size(); ++c) dates.push_back(cellDate(posts.at(r, static_cast<int>(c) + 2)));
+        }
+      }
+      const auto baseDate = [&](const List& list, long r) -> std::optional<DateTime> {
+        if (list.baseTable == "PNLEMPMST") {
+          const auto at = std::find(masterColumns_.begin(), masterColumns_.end(), list.baseColumn);
+          return cellDate(driving.at(r, cBaseFirst + static_cast<int>(at - masterColumns_.begin())));
+        }
+        auto p = postDates.find(upperTrim(empId_));
+        if (p == postDates.end()) return std::nullopt;
+        const auto at = std::find(postColumns_.begin(), postColumns_.end(), list.baseColumn);
+        return p->second[static_cast<size_t>(at - postColumns_.begin())];
+      };
+
+      for (long r = 0; r < driving.rowCount(); ++r) {
+        const auto text = [&](int c) { return trim(driving.textAt(r, c)); };
+        empId_ = text(cEmp);
+        if (!selected.includes(empId_)) continue;
+        const std::string listId = text(cList), seq = text(cSeq);
+        const auto l = lists_.find(ucase(listId));
+        const auto it = items_.find(itemKey(listId, seq));
+        const Item* item = it == items_.end() ? nullptr : &it->second;
+        if (!responsible_.empty() && (!item || upperTrim(item->role) != responsible_)) continue;
+
+        std::string note;
+        std::optional<DateTime> base;
+        if (l == lists_.end()) {
+          note = "Check-list " + listId + " does not exist";
+        } else if (l->second.baseTable.empty()) {
+          note = "Base date field \"" + l->second.baseField + "\" is not a date of the employee or the post";
+        } else {
+          base = baseDate(l->second, r);
+          if (!base) note = "No base date (" + l->second.baseField + ")";
+        }
+        if (!item && note.empty()) note = "Item " + seq + " of check-list " + listId + " does not exist";
+        std::optional<DateTime> due = cellDate(driving.at(r, cDue));
+        if (!due && base && item) {
+          due = diary::ruleOffsetDate(*base, item->number, item->unit);
+          if (!due) note = "Offset unit \"" + item->unit + "\" is not D, W, M or Y";
+        }
+        const auto completed = cellDate(driving.at(r, cCompleted));
+        const bool complete = completed ? *completed <= asAt_ : upperTrim(text(cStatus)) == "C";
+        if ((status_ == "O" && complete) || (status_ == "C" && !complete)) continue;
+        std::optional<long> overdue;
+        if (due) {
+          const DateTime until = complete && completed ? *completed : asAt_;
+          overdue = std::max<long>(0, static_cast<long>(until.days() - due->days()));
+          if (complete && !completed) overdue = 0;
+        }
+        if (overdueOnly_ && (!overdue || *overdue <= 0)) continue;
+
+        rsData.addNew();
+        rsData.set(oEmp, Value(empId_));
+        rsData.set(oSurname, Value(text(cSurname)));
+        rsData.set(oForename, Value(text(cForename)));
+        rsData.set(oKnownAs, Value(text(cKnownAs)));
+        const std::string dept = text(cDept), man = text(cMan);
+        rsData.set(oDept, Value(dept));
+        rsData.set(oDeptDesc, Value(departments.describe(dept)));
+        rsData.set(oMan, Value(man));
+        rsData.set(oManDesc, Value(managers.describe(man)));
+        rsData.set(oList, Value(listId));
+        rsData.set(oListDesc, Value(l == lists_.end() ? std::string() : l->second.description));
+        rsData.set(oSeq, Value(static_cast<long>(cellNumber(driving.at(r, cSeq)).value_or(0))));
+        rsData.set(oItem, Value(item ? item->description : std::string()));
+        rsData.set(oRole, Value(item ? item->role : std::string()));
+        rsData.set(oBase, dateValue(base));
+        rsData.set(oDue, dateValue(due));
+        rsData.set(oCompleted, dateValue(completed));
+        rsData.set(oBy, Value(text(cBy)));
+        rsData.set(oStatus, Value(complete ? "Complete" : "Outstanding"));
+        rsData.set(oOverdue, overdue ? Value(*overdue) : Value::null());
+        rsData.set(oMandatory, Value(item && item->mandatory ? "Yes" : "No"));
+        rsData.set(oNote, Value(note));
+      }
+      if (rsData.recordCount() > 0) rsData.moveFirst();
+      result = true;
+    });
+  });
+  return result;
+}
 
 }  // namespace orvalis::reports
