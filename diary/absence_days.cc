@@ -1,5 +1,7 @@
 #include "diary/absence_days.h"
 
+#include <functional>
+#include <optional>
 #include <vector>
 
 #include "component/errors/debug_log.h"
@@ -51,15 +53,23 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
   const std::string fromMarker = upperTrim(fromHalf);
   const std::string toMarker = upperTrim(toHalf);
   std::string dayType;
-  std::string check;
   std::string whole;
   std::string startToUse;
   std::string endToUse;
   bool am = false;
   bool pm = false;
   bool addInDays = false;
-  std::string amStatus;
-  std::string pmStatus;
+  const char* amStatus = "";
+  const char* pmStatus = "";
+  std::optional<DateTime> checkDate;  // the half last asked about
+  DateHalf checkHalf = DateHalf::AM;
+  // The half's key in the list, as the dump shows it.
+  auto check = [&]() -> std::string {
+    if (!checkDate) return "";
+    const std::string date = diary::houseText(*checkDate);
+    if (whole != "N") return date;
+    return date + (checkHalf == DateHalf::AM ? "+AM" : "+PM");
+  };
 
   Procedure proc = diary::procedure("gfncDiaryDayHourCount");
   proc.variables([&] {
@@ -75,7 +85,7 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
         .item("STRTOTIMEACTUAL:", toTime)
         .item("STRINITIALISEDATELIST:", initialiseDatesList)
         .item("STRWHOLEDAYSONLY:", whole)
-        .item("STRCHECK = ", check)
+        .item("STRCHECK = ", check())
         .item("STRSTARTTIMETOUSE = ", startToUse)
         .item("STRENDTIMETOUSE = ", endToUse)
         .item("BOLAM = ", am)
@@ -113,10 +123,16 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
     if (!last) last = first;
     DiaryTrace* observer = patterns.trace();
     const std::string category = upperTrim(workingPattern);
+    std::optional<PostWorkingDays> postDays;
+    step(35, [&] { postDays.emplace(employee, post, category, dayType, patterns); });
+    const bool fast = postDays && postDays->ready();
+    // Each half's key: the date, with the half when halves count apart.
+    const DateHalf amKey = whole == "N" ? DateHalf::AM : DateHalf::Whole;
+    const DateHalf pmKey = whole == "N" ? DateHalf::PM : DateHalf::Whole;
     for (DateTime d = *first; d <= *last; d = d.addDays(1)) {
       double dayDays = 0;
       double dayHours = 0;
-      step(40, [&] {
+      auto date = [&] {
         am = true;
         pm = true;
         startToUse.clear();
@@ -132,21 +148,25 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
         // The date's listing is read before either half is asked about, so
         // that the morning this post has just listed does not hide its own
         // afternoon when halves are not told apart.
-        const std::string date = diary::houseText(d);
-        const std::string amKey = whole == "N" ? date + "+AM" : date;
-        const std::string pmKey = whole == "N" ? date + "+PM" : date;
-        const bool amListed = datesListHolds(amKey);
-        const bool pmListed = datesListHolds(pmKey);
+        const bool amListed = datesListHolds(d, amKey);
+        const bool pmListed = datesListHolds(d, pmKey);
 
-        auto half = [&](const char* slot, bool counts, bool listed, std::string& status) {
+        auto half = [&](DateHalf slot, bool counts, bool listed, const char*& status) {
           double h = 0;
-          std::string start;
-          std::string end;
-          DayVerdict verdict = DayVerdict::Worked;
-          check = whole == "N" ? date + "+" + slot : date;
+          checkDate = d;
+          checkHalf = slot;
           addInDays = !listed;
-          bool worked = gfncDiaryWorkingDay(d, employee, post, category, dayType, h, start, end, patterns, slot,
-                                            startToUse, endToUse, observer ? &verdict : nullptr);
+          bool worked = false;
+          DayVerdict verdict = DayVerdict::Worked;
+          if (fast) {
+            worked = postDays->worked(d, slot, startToUse, endToUse, h);
+          } else {
+            std::string start;
+            std::string end;
+            worked = gfncDiaryWorkingDay(d, employee, post, category, dayType, h, start, end, patterns,
+                                         slot == DateHalf::AM ? "AM" : "PM", startToUse, endToUse,
+                                         observer ? &verdict : nullptr);
+          }
           status = worked ? kSuccess : kFailed;
           double added = 0;
           if (worked && counts) {
@@ -157,7 +177,7 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
           if (observer != nullptr) {
             HalfDayNote note;
             note.date = d;
-            note.slot = slot;
+            note.slot = slot == DateHalf::AM ? "AM" : "PM";
             note.post = post;
             note.category = category;
             note.verdict = verdict;
@@ -168,8 +188,8 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
             observer->halfDay(note);
           }
         };
-        half("AM", am, amListed, amStatus);
-        half("PM", pm, pmListed, pmStatus);
+        half(DateHalf::AM, am, amListed, amStatus);
+        half(DateHalf::PM, pm, pmListed, pmStatus);
 
         // A pattern that works only half of the date counts it whole when
         // "CHKWPAMPM" is on.
@@ -177,11 +197,13 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
           dayDays = 1;
         }
         if (whole == "Y" && dayDays > 0) dayDays = 1;
-      });
+      };
+      step(40, std::ref(date));
       days += dayDays;
       hours += dayHours;
       if (observer != nullptr) observer->day(DayNote{d, post, dayDays, dayHours});
     }
+    if (fast) postDays->leaveInSession();
     ran = true;
   });
   return ran;
