@@ -99,7 +99,10 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
   });
   proc.run([&](Steps& step) {
     step(10, [&] {
-      dayType = gfncDiaryDayType(type);
+      // The counter hands over a day type already; only an absence type
+      // needs looking up.
+      const std::string code = upperTrim(type);
+      dayType = code == "S" || code == "H" || code == "P" ? code : gfncDiaryDayType(type);
       gsubDiarySetUp(patterns);
       if (firstLetter(initialiseDatesList) != "N") clearDatesList();
     });
@@ -226,7 +229,7 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
   std::string seq = trim(postSeq);
   std::string checkAllJobs;
   std::string sql;
-  std::string testDate;
+  std::optional<DateTime> testDate;
   std::string check;
   std::string catId;
   std::string seqId;
@@ -263,7 +266,7 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
         .item("STRABSENCETOTIME:", toTime)
         .item("STRWHOLEDAYSONLY:", wholeDaysOnly)
         .item("BOLCHECKALLJOBS = ", checkAllJobs == "Y")
-        .item("STRTESTDATE = ", testDate)
+        .item("STRTESTDATE = ", testDate ? testDate->house() : std::string())
         .item("STRCHECK = ", check)
         .item("STRCAT_ID = ", catId)
         .item("STRSEQ_ID = ", seqId)
@@ -366,14 +369,15 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
       step(70, [&] {
         catId = upperTrim(field(row, catField).text());
         seqId = upperTrim(field(row, seqField).text());
-        const bool zeroHours = val(field(row, hoursField).text()) == 0;
+        const Value weekly = field(row, hoursField);
+        const bool zeroHours = weekly.isNumber() ? weekly.toDouble() == 0 : val(weekly.text()) == 0;
         std::optional<DateTime> anchor = diary::dateOf(field(row, wpField));
         wpStart = anchor ? diary::houseText(*anchor) : "NONE";
         DateTime postFrom = *first;
         DateTime postTo = *last;
         std::string skipped;
         if (std::optional<DateTime> start = diary::dateOf(field(row, startField))) {
-          testDate = start->house();
+          testDate = *start;
           if (*start > postTo) {
             skipped = "post starts after the absence";
           } else if (*start > postFrom) {
@@ -381,7 +385,7 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
           }
         }
         if (std::optional<DateTime> end = diary::dateOf(field(row, endField)); end && skipped.empty()) {
-          testDate = end->house();
+          testDate = *end;
           if (*end < postFrom) {
             skipped = "post ended before the absence";
           } else if (*end < postTo) {

@@ -258,11 +258,16 @@ PostWorkingDays::PostWorkingDays(const std::string& employee, const std::string&
                                  const std::string& dayType, PatternSet& patterns)
     : emp_(trim(employee)), seq_(trim(post)), cat_(upperTrim(category)), type_(upperTrim(dayType)),
       patterns_(patterns) {
-  if (cat_.empty() || emp_.empty() || patterns.trace() != nullptr || !patterns.allOpen() ||
-      !patterns.statementCache() || !patterns.postsAhead() || patterns.postHistory() == nullptr) {
+  if (emp_.empty() || patterns.trace() != nullptr || !patterns.allOpen() || !patterns.statementCache() ||
+      !patterns.postsAhead() || patterns.postHistory() == nullptr) {
     return;
   }
   if (equalsNoCase(trim(HREnvironment::session().GlobalVariable("ClockingTimes").text()), "Yes")) return;
+  // The category as the check finds it for every half: the one given, the
+  // post's, the organisation's default.
+  if (cat_.empty()) cat_ = diary::postCategory(emp_, seq_, &patterns);
+  if (cat_.empty()) cat_ = upperTrim(gfncGetControlValue("", "PNL", "DEFWP"));
+  if (cat_.empty()) return;
   pattern_ = patterns.category(cat_);
   if (pattern_ != nullptr && pattern_->variationId.empty()) pattern_ = nullptr;
   if (pattern_ != nullptr) {

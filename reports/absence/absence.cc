@@ -9,6 +9,7 @@
 #include "diary/absence_days.h"
 #include "diary/absence_year.h"
 #include "diary/day_type.h"
+#include "diary/diary_module.h"
 #include "reports/absence/absence_fields.h"
 #include "reports/absence/absence_statement.h"
 #include "runtime/basic_date.h"
@@ -131,7 +132,7 @@ void Absence::dumpVariables(Dump& dump) const {
   dump.item("STRSQL = ", sql_);
 }
 
-double Absence::recount(const Recordset& drv, long row, double stored) {
+double Absence::recount(const Recordset& drv, long row, const std::string& empId, double stored) {
   const bool on = isReview(variant_) ? params_.reviewRecount() : params_.listingRecount();
   if (!on) return stored;
   std::optional<DateTime> from = dateOf(drv.at(row, cStart));
@@ -152,9 +153,9 @@ double Absence::recount(const Recordset& drv, long row, double stored) {
     patterns_->readPostsAhead(params_.empId.empty());
   }
   double hours = 0;
-  return gfncDiaryNoOfDays(trim(drv.textAt(row, cEmp)), from->house(), trim(drv.textAt(row, cStartTime)),
-                           to.house(), trim(drv.textAt(row, cEndTime)), type, trim(drv.textAt(row, cPost)), hours,
-                           "", "", *patterns_, whole->second, false);
+  return gfncDiaryNoOfDays(empId, diary::houseText(*from), trim(drv.textAt(row, cStartTime)), diary::houseText(to),
+                           trim(drv.textAt(row, cEndTime)), type, trim(drv.textAt(row, cPost)), hours, "", "",
+                           *patterns_, whole->second, false);
 }
 
 bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordset& drv) {
@@ -180,7 +181,7 @@ bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordse
         const EmployeeRow* e = employees_.find(empId);
         if (e == nullptr) return;
         const Value stored = numberValue(drv.at(row, cDuration));
-        const double days = recount(drv, row, stored.isNull() ? 0.0 : stored.asDouble());
+        const double days = recount(drv, row, empId, stored.isNull() ? 0.0 : stored.asDouble());
         if (!listing) {
           auto [it, added] = reviewIndex.emplace(empId, review.size());
           if (added) {
