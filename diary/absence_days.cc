@@ -341,12 +341,22 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
       return;
     }
     const Recordset& rs = *history;
-    const int catField = rs.fieldIndex("PNL_CAT_ID");
-    const int seqField = rs.fieldIndex("SEQ_ID");
-    const int hoursField = rs.fieldIndex("hours_per_week");
-    const int wpField = rs.fieldIndex("WP_START_DATE");
-    const int startField = rs.fieldIndex("START_DATE");
-    const int endField = rs.fieldIndex("END_DATE");
+    // The posts read ahead know their field positions.
+    PatternSet::PostFields f = ahead ? patterns.postFields() : PatternSet::PostFields{};
+    if (!ahead) {
+      f.category = rs.fieldIndex("PNL_CAT_ID");
+      f.seq = rs.fieldIndex("SEQ_ID");
+      f.hours = rs.fieldIndex("hours_per_week");
+      f.wpStart = rs.fieldIndex("WP_START_DATE");
+      f.start = rs.fieldIndex("START_DATE");
+      f.end = rs.fieldIndex("END_DATE");
+    }
+    const int catField = f.category;
+    const int seqField = f.seq;
+    const int hoursField = f.hours;
+    const int wpField = f.wpStart;
+    const int startField = f.start;
+    const int endField = f.end;
     auto field = [&rs](long row, int index) { return index >= 0 ? rs.at(row, index) : Value(); };
     // The storage rows of the posts, in the statement's order.
     std::vector<long> rows;
@@ -354,7 +364,7 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
       rows.resize(static_cast<size_t>(rs.rowCount()));
       for (long r = 0; r < rs.rowCount(); ++r) rows[static_cast<size_t>(r)] = r;
     } else {
-      const int statusField = rs.fieldIndex("STATUS_ID");
+      const int statusField = f.status;
       for (long r : patterns.postRows(emp)) {
         if (!seq.empty()) {
           if (trim(field(r, seqField).text()) != seq) continue;

@@ -43,9 +43,9 @@ std::optional<int64_t> keyNumber(std::string_view s) {
 
 // Years the key text writes in four digits.
 bool keyable(DateTime date) {
-  int y = 0, m = 0, d = 0;
-  civilFromDays(date.days(), y, m, d);
-  return y >= 0 && y <= 9999;
+  static const int64_t first = daysFromCivil(0, 1, 1);
+  static const int64_t last = daysFromCivil(9999, 12, 31);
+  return date.days() >= first && date.days() <= last;
 }
 
 int halfNumber(DateHalf half) { return half == DateHalf::Whole ? 0 : (half == DateHalf::AM ? 1 : 2); }
@@ -84,7 +84,13 @@ struct HeldList {
 
   void clear() {
     text.clear();
-    dateKeys.clear();
+    // Clearing a hash set wipes all its buckets: after a long absence a
+    // fresh set is cheaper for the short ones that follow.
+    if (dateKeys.bucket_count() > 256) {
+      dateKeys = std::unordered_set<int64_t>();
+    } else if (!dateKeys.empty()) {
+      dateKeys.clear();
+    }
     otherEntries.clear();
     indexed = true;
   }
