@@ -1,6 +1,8 @@
 #include "reports/absence/absence.h"
 
 #include <algorithm>
+#include <functional>
+#include <string_view>
 
 #include "component/class_registry.h"
 #include "component/ttx_file.h"
@@ -57,10 +59,18 @@ Value numberValue(const Value& v) {
   return Value(val(trim(v.text())));
 }
 
+// The text without its leading and trailing spaces, in place (trim()).
+std::string_view trimmed(std::string_view s) {
+  const size_t b = s.find_first_not_of(' ');
+  if (b == std::string_view::npos) return {};
+  return s.substr(b, s.find_last_not_of(' ') - b + 1);
+}
+
 // Stored non-working-day flags: "N", "0" and "F" read no.
-const char* yesNo(const Value& v) {
-  const std::string first = ucase(left(trim(v.text()), 1));
-  return (first == "N" || first == "0" || first == "F") ? "No" : "Yes";
+const char* yesNo(std::string_view text) {
+  const std::string_view t = trimmed(text);
+  const char first = t.empty() ? ' ' : t.front();
+  return (first == 'N' || first == 'n' || first == '0' || first == 'F' || first == 'f') ? "No" : "Yes";
 }
 
 bool layOut(Recordset& rsData, const ResultField* begin, const ResultField* end) {
@@ -175,8 +185,9 @@ bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordse
     std::unordered_map<std::string, size_t> reviewIndex;
     const bool listing = !isReview(variant_);
     if (listing) rsData.reserve(drv.rowCount());
+    std::string scratch;
     for (long row = 0; row < drv.rowCount(); ++row) {
-      step(2, [&] {
+      auto absence = [&] {
         const std::string empId = trim(drv.textAt(row, cEmp));
         const EmployeeRow* e = employees_.find(empId);
         if (e == nullptr) return;
@@ -199,46 +210,50 @@ bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordse
           r.duration += days;
           return;
         }
+        rsData.addNew();
+        const long out = rsData.currentRow();
+        // A cell of the driving row in place (until the next one is read).
+        auto cell = [&](int column) { return drv.textViewAt(row, column, scratch); };
         auto text = [&](int field, std::string_view value) {
-          rsData.set(field, Value(fitted(trim(value), kListingFields[field].size)));
+          rsData.setTextAt(out, field, fitted(trimmed(value), kListingFields[field].size));
         };
         auto code = [&](int field, CodeTable table, int column) {
-          text(field, codes_.describe(table, drv.textAt(row, column)));
+          text(field, codes_.describe(table, cell(column)));
         };
-        rsData.addNew();
         text(0, empId);
         text(1, e->surname);
         text(2, e->forename);
         text(3, codes_.describe(CodeTable::Department, e->deptId));
         text(4, "Absence Records");
-        text(5, drv.textAt(row, cDescription));
+        text(5, cell(cDescription));
         code(6, CodeTable::AbsenceType, cType);
         code(7, CodeTable::AbsenceReason, cAbsent);
         rsData.set(8, dateValue(drv.at(row, cStart)));
-        text(9, drv.textAt(row, cStartTime));
+        text(9, cell(cStartTime));
         rsData.set(10, dateValue(drv.at(row, cEnd)));
-        text(11, drv.textAt(row, cEndTime));
+        text(11, cell(cEndTime));
         rsData.set(12, Value(days));
         const std::string post = trim(drv.textAt(row, cPost));
         text(13, post);
         text(14, posts_.describe(empId, post));
-        text(15, drv.textAt(row, cStartAct));
-        text(16, drv.textAt(row, cEndAct));
+        text(15, cell(cStartAct));
+        text(16, cell(cEndAct));
         code(17, CodeTable::Action, cAction);
         rsData.set(18, dateValue(drv.at(row, cReview)));
-        text(19, drv.textAt(row, cStartDow));
-        text(20, yesNo(drv.at(row, cPrvNonWork)));
-        text(21, yesNo(drv.at(row, cNxtNonWork)));
+        text(19, cell(cStartDow));
+        text(20, yesNo(cell(cPrvNonWork)));
+        text(21, yesNo(cell(cNxtNonWork)));
         rsData.set(22, numberValue(drv.at(row, cDurHours)));
-        text(23, drv.textAt(row, cCertified));
+        text(23, cell(cCertified));
         code(24, CodeTable::CertMethod, cCertMethod);
         rsData.set(25, dateValue(drv.at(row, cExpiry)));
-        text(26, drv.textAt(row, cEndDow));
+        text(26, cell(cEndDow));
         rsData.set(27, numberValue(drv.at(row, cDurCalDays)));
         code(28, CodeTable::Category, cCategory);
-        text(29, drv.textAt(row, cSeq));
+        text(29, cell(cSeq));
         rsData.set(30, stored);
-      });
+      };
+      step(2, std::ref(absence));
     }
     if (listing) {
       result = true;
