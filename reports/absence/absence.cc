@@ -186,25 +186,43 @@ bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordse
     const bool listing = !isReview(variant_);
     if (listing) rsData.reserve(drv.rowCount());
     std::string scratch;
+    // The rows come in employee order: the employee (and the post) of the
+    // row before is usually the one wanted.
+    std::string lastEmpId;
+    const EmployeeRow* lastEmployee = nullptr;
+    const std::string* lastDepartment = nullptr;
+    size_t lastReview = 0;
+    std::string lastPostEmpId;
+    std::string lastPost;
+    const std::string* lastPostDescription = nullptr;
     for (long row = 0; row < drv.rowCount(); ++row) {
       auto absence = [&] {
         const std::string empId = trim(drv.textAt(row, cEmp));
-        const EmployeeRow* e = employees_.find(empId);
+        const bool sameEmployee = lastDepartment != nullptr && empId == lastEmpId;
+        if (!sameEmployee) {
+          lastEmpId = empId;
+          lastEmployee = employees_.find(empId);
+          lastDepartment = lastEmployee ? &codes_.describe(CodeTable::Department, lastEmployee->deptId) : nullptr;
+        }
+        const EmployeeRow* e = lastEmployee;
         if (e == nullptr) return;
         const Value stored = numberValue(drv.at(row, cDuration));
         const double days = recount(drv, row, empId, stored.isNull() ? 0.0 : stored.asDouble());
         if (!listing) {
-          auto [it, added] = reviewIndex.emplace(empId, review.size());
-          if (added) {
-            ReviewRow r;
-            r.empId = empId;
-            r.surname = e->surname;
-            r.forename = e->forename;
-            r.knownAs = e->knownAs;
-            r.department = codes_.describe(CodeTable::Department, e->deptId);
-            review.push_back(std::move(r));
+          if (!sameEmployee) {
+            auto [it, added] = reviewIndex.emplace(empId, review.size());
+            lastReview = it->second;
+            if (added) {
+              ReviewRow r;
+              r.empId = empId;
+              r.surname = e->surname;
+              r.forename = e->forename;
+              r.knownAs = e->knownAs;
+              r.department = *lastDepartment;
+              review.push_back(std::move(r));
+            }
           }
-          ReviewRow& r = review[it->second];
+          ReviewRow& r = review[lastReview];
           // One spell per absence record.
           ++r.periods;
           r.duration += days;
@@ -223,7 +241,7 @@ bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordse
         text(0, empId);
         text(1, e->surname);
         text(2, e->forename);
-        text(3, codes_.describe(CodeTable::Department, e->deptId));
+        text(3, *lastDepartment);
         text(4, "Absence Records");
         text(5, cell(cDescription));
         code(6, CodeTable::AbsenceType, cType);
@@ -235,7 +253,12 @@ bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordse
         rsData.set(12, Value(days));
         const std::string post = trim(drv.textAt(row, cPost));
         text(13, post);
-        text(14, posts_.describe(empId, post));
+        if (lastPostDescription == nullptr || post != lastPost || empId != lastPostEmpId) {
+          lastPostEmpId = empId;
+          lastPost = post;
+          lastPostDescription = &posts_.describe(empId, post);
+        }
+        text(14, *lastPostDescription);
         text(15, cell(cStartAct));
         text(16, cell(cEndAct));
         code(17, CodeTable::Action, cAction);
