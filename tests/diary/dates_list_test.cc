@@ -6,7 +6,10 @@
 #include <utility>
 #include <vector>
 
+#include "diary/diary_module.h"
 #include "diary_fixture.h"
+#include "runtime/basic_date.h"
+#include "runtime/basic_string.h"
 
 namespace orvalis::testing {
 namespace {
@@ -125,6 +128,30 @@ TEST_F(DatesList, CenturyCountsEveryDayOnce) {
   EXPECT_EQ(weekdays, absence("E1", "01/01/2000", "AM", "31/12/2099", "PM", "P", "N", &hours));
   EXPECT_DOUBLE_EQ(weekdays * 7.5 * 2, hours);
   EXPECT_EQ(static_cast<size_t>(weekdays) * 2 * 2 * 16 - 3, listed().size());  // "DD/MM/YYYY+AM" and "-!-"
+}
+
+}  // namespace
+}  // namespace orvalis::testing
+
+namespace orvalis::testing {
+namespace {
+
+// The diary reads its own date texts and SQLite's ISO columns without the
+// general parser: every date of two centuries, and texts that are no date,
+// read as parseDate reads them.
+TEST(DiaryDates, CommonFormsReadAsTheParserReads) {
+  std::vector<std::string> texts = {"31/02/2024", "29/02/2023", "29/02/2024", "00/01/2024", "32/01/2024",
+                                    "2024-13-01", "2024-02-30", "0999-01-01", "01/01/0999", "1/1/2024",
+                                    " 01/01/2024", "01-01-2024", "2024/01/01", "01/01/2024 ", "ab/cd/efgh"};
+  for (DateTime d = *DateTime::fromParts(1900, 1, 1); d <= *DateTime::fromParts(2100, 12, 31); d = d.addDays(1)) {
+    texts.push_back(d.house());
+    texts.push_back(d.iso());
+  }
+  for (const std::string& t : texts) {
+    std::optional<DateTime> expected = parseDate(trim(t));
+    if (expected) expected = expected->datePart();
+    EXPECT_EQ(expected, diary::dateOf(std::string_view(t))) << t;
+  }
 }
 
 }  // namespace
