@@ -1,6 +1,7 @@
 #include "reports/absence/absence.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <string_view>
 
@@ -39,12 +40,9 @@ enum Col {
   cCertMethod, cExpiry, cEndDow, cDurCalDays, cCategory,
 };
 
+// A date value, or a text read as a date; the date part only.
 std::optional<DateTime> dateOf(const Value& v) {
-  if (v.isDate()) return DateTime::fromDays(v.asDate().days());
-  if (v.isText()) {
-    std::optional<DateTime> d = parseDate(trim(v.asText()));
-    if (d) return DateTime::fromDays(d->days());
-  }
+  if (v.isDate() || v.isText()) return diary::dateOf(v);
   return std::nullopt;
 }
 
@@ -195,6 +193,11 @@ bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordse
     std::string lastPostEmpId;
     std::string lastPost;
     const std::string* lastPostDescription = nullptr;
+    struct LastCode {
+      std::string code;
+      const std::string* description = nullptr;
+    };
+    std::array<LastCode, std::size(kListingFields)> lastCodes;
     for (long row = 0; row < drv.rowCount(); ++row) {
       auto absence = [&] {
         const std::string empId = trim(drv.textAt(row, cEmp));
@@ -236,7 +239,14 @@ bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordse
           rsData.setTextAt(out, field, fitted(trimmed(value), kListingFields[field].size));
         };
         auto code = [&](int field, CodeTable table, int column) {
-          text(field, codes_.describe(table, cell(column)));
+          // Neighbouring rows mostly share their codes.
+          LastCode& last = lastCodes[field];
+          const std::string_view value = cell(column);
+          if (last.description == nullptr || value != last.code) {
+            last.code.assign(value);
+            last.description = &codes_.describe(table, value);
+          }
+          text(field, *last.description);
         };
         text(0, empId);
         text(1, e->surname);
