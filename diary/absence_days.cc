@@ -1,5 +1,7 @@
 #include "diary/absence_days.h"
 
+#include <functional>
+#include <optional>
 #include <vector>
 
 #include "component/errors/debug_log.h"
@@ -51,15 +53,23 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
   const std::string fromMarker = upperTrim(fromHalf);
   const std::string toMarker = upperTrim(toHalf);
   std::string dayType;
-  std::string check;
   std::string whole;
   std::string startToUse;
   std::string endToUse;
   bool am = false;
   bool pm = false;
   bool addInDays = false;
-  std::string amStatus;
-  std::string pmStatus;
+  const char* amStatus = "";
+  const char* pmStatus = "";
+  std::optional<DateTime> checkDate;  // the half last asked about
+  DateHalf checkHalf = DateHalf::AM;
+  // The half's key in the list, as the dump shows it.
+  auto check = [&]() -> std::string {
+    if (!checkDate) return "";
+    const std::string date = diary::houseText(*checkDate);
+    if (whole != "N") return date;
+    return date + (checkHalf == DateHalf::AM ? "+AM" : "+PM");
+  };
 
   Procedure proc = diary::procedure("gfncDiaryDayHourCount");
   proc.variables([&] {
@@ -75,7 +85,7 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
         .item("STRTOTIMEACTUAL:", toTime)
         .item("STRINITIALISEDATELIST:", initialiseDatesList)
         .item("STRWHOLEDAYSONLY:", whole)
-        .item("STRCHECK = ", check)
+        .item("STRCHECK = ", check())
         .item("STRSTARTTIMETOUSE = ", startToUse)
         .item("STRENDTIMETOUSE = ", endToUse)
         .item("BOLAM = ", am)
@@ -89,7 +99,10 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
   });
   proc.run([&](Steps& step) {
     step(10, [&] {
-      dayType = gfncDiaryDayType(type);
+      // The counter hands over a day type already; only an absence type
+      // needs looking up.
+      const std::string code = upperTrim(type);
+      dayType = code == "S" || code == "H" || code == "P" ? code : gfncDiaryDayType(type);
       gsubDiarySetUp(patterns);
       if (firstLetter(initialiseDatesList) != "N") clearDatesList();
     });
@@ -113,10 +126,16 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
     if (!last) last = first;
     DiaryTrace* observer = patterns.trace();
     const std::string category = upperTrim(workingPattern);
+    std::optional<PostWorkingDays> postDays;
+    step(35, [&] { postDays.emplace(employee, post, category, dayType, patterns); });
+    const bool fast = postDays && postDays->ready();
+    // Each half's key: the date, with the half when halves count apart.
+    const DateHalf amKey = whole == "N" ? DateHalf::AM : DateHalf::Whole;
+    const DateHalf pmKey = whole == "N" ? DateHalf::PM : DateHalf::Whole;
     for (DateTime d = *first; d <= *last; d = d.addDays(1)) {
       double dayDays = 0;
       double dayHours = 0;
-      step(40, [&] {
+      auto date = [&] {
         am = true;
         pm = true;
         startToUse.clear();
@@ -132,21 +151,25 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
         // The date's listing is read before either half is asked about, so
         // that the morning this post has just listed does not hide its own
         // afternoon when halves are not told apart.
-        const std::string date = diary::houseText(d);
-        const std::string amKey = whole == "N" ? date + "+AM" : date;
-        const std::string pmKey = whole == "N" ? date + "+PM" : date;
-        const bool amListed = datesListHolds(amKey);
-        const bool pmListed = datesListHolds(pmKey);
+        const bool amListed = datesListHolds(d, amKey);
+        const bool pmListed = datesListHolds(d, pmKey);
 
-        auto half = [&](const char* slot, bool counts, bool listed, std::string& status) {
+        auto half = [&](DateHalf slot, bool counts, bool listed, const char*& status) {
           double h = 0;
-          std::string start;
-          std::string end;
-          DayVerdict verdict = DayVerdict::Worked;
-          check = whole == "N" ? date + "+" + slot : date;
+          checkDate = d;
+          checkHalf = slot;
           addInDays = !listed;
-          bool worked = gfncDiaryWorkingDay(d, employee, post, category, dayType, h, start, end, patterns, slot,
-                                            startToUse, endToUse, observer ? &verdict : nullptr);
+          bool worked = false;
+          DayVerdict verdict = DayVerdict::Worked;
+          if (fast) {
+            worked = postDays->worked(d, slot, startToUse, endToUse, h);
+          } else {
+            std::string start;
+            std::string end;
+            worked = gfncDiaryWorkingDay(d, employee, post, category, dayType, h, start, end, patterns,
+                                         slot == DateHalf::AM ? "AM" : "PM", startToUse, endToUse,
+                                         observer ? &verdict : nullptr);
+          }
           status = worked ? kSuccess : kFailed;
           double added = 0;
           if (worked && counts) {
@@ -157,7 +180,7 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
           if (observer != nullptr) {
             HalfDayNote note;
             note.date = d;
-            note.slot = slot;
+            note.slot = slot == DateHalf::AM ? "AM" : "PM";
             note.post = post;
             note.category = category;
             note.verdict = verdict;
@@ -168,8 +191,8 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
             observer->halfDay(note);
           }
         };
-        half("AM", am, amListed, amStatus);
-        half("PM", pm, pmListed, pmStatus);
+        half(DateHalf::AM, am, amListed, amStatus);
+        half(DateHalf::PM, pm, pmListed, pmStatus);
 
         // A pattern that works only half of the date counts it whole when
         // "CHKWPAMPM" is on.
@@ -177,11 +200,13 @@ bool gfncDiaryDayHourCount(const std::string& workingPattern, const std::string&
           dayDays = 1;
         }
         if (whole == "Y" && dayDays > 0) dayDays = 1;
-      });
+      };
+      step(40, std::ref(date));
       days += dayDays;
       hours += dayHours;
       if (observer != nullptr) observer->day(DayNote{d, post, dayDays, dayHours});
     }
+    if (fast) postDays->leaveInSession();
     ran = true;
   });
   return ran;
@@ -204,7 +229,7 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
   std::string seq = trim(postSeq);
   std::string checkAllJobs;
   std::string sql;
-  std::string testDate;
+  std::optional<DateTime> testDate;
   std::string check;
   std::string catId;
   std::string seqId;
@@ -241,7 +266,7 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
         .item("STRABSENCETOTIME:", toTime)
         .item("STRWHOLEDAYSONLY:", wholeDaysOnly)
         .item("BOLCHECKALLJOBS = ", checkAllJobs == "Y")
-        .item("STRTESTDATE = ", testDate)
+        .item("STRTESTDATE = ", testDate ? testDate->house() : std::string())
         .item("STRCHECK = ", check)
         .item("STRCAT_ID = ", catId)
         .item("STRSEQ_ID = ", seqId)
@@ -316,12 +341,22 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
       return;
     }
     const Recordset& rs = *history;
-    const int catField = rs.fieldIndex("PNL_CAT_ID");
-    const int seqField = rs.fieldIndex("SEQ_ID");
-    const int hoursField = rs.fieldIndex("hours_per_week");
-    const int wpField = rs.fieldIndex("WP_START_DATE");
-    const int startField = rs.fieldIndex("START_DATE");
-    const int endField = rs.fieldIndex("END_DATE");
+    // The posts read ahead know their field positions.
+    PatternSet::PostFields f = ahead ? patterns.postFields() : PatternSet::PostFields{};
+    if (!ahead) {
+      f.category = rs.fieldIndex("PNL_CAT_ID");
+      f.seq = rs.fieldIndex("SEQ_ID");
+      f.hours = rs.fieldIndex("hours_per_week");
+      f.wpStart = rs.fieldIndex("WP_START_DATE");
+      f.start = rs.fieldIndex("START_DATE");
+      f.end = rs.fieldIndex("END_DATE");
+    }
+    const int catField = f.category;
+    const int seqField = f.seq;
+    const int hoursField = f.hours;
+    const int wpField = f.wpStart;
+    const int startField = f.start;
+    const int endField = f.end;
     auto field = [&rs](long row, int index) { return index >= 0 ? rs.at(row, index) : Value(); };
     // The storage rows of the posts, in the statement's order.
     std::vector<long> rows;
@@ -329,7 +364,7 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
       rows.resize(static_cast<size_t>(rs.rowCount()));
       for (long r = 0; r < rs.rowCount(); ++r) rows[static_cast<size_t>(r)] = r;
     } else {
-      const int statusField = rs.fieldIndex("STATUS_ID");
+      const int statusField = f.status;
       for (long r : patterns.postRows(emp)) {
         if (!seq.empty()) {
           if (trim(field(r, seqField).text()) != seq) continue;
@@ -344,14 +379,15 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
       step(70, [&] {
         catId = upperTrim(field(row, catField).text());
         seqId = upperTrim(field(row, seqField).text());
-        const bool zeroHours = val(field(row, hoursField).text()) == 0;
+        const Value weekly = field(row, hoursField);
+        const bool zeroHours = weekly.isNumber() ? weekly.toDouble() == 0 : val(weekly.text()) == 0;
         std::optional<DateTime> anchor = diary::dateOf(field(row, wpField));
         wpStart = anchor ? diary::houseText(*anchor) : "NONE";
         DateTime postFrom = *first;
         DateTime postTo = *last;
         std::string skipped;
         if (std::optional<DateTime> start = diary::dateOf(field(row, startField))) {
-          testDate = start->house();
+          testDate = *start;
           if (*start > postTo) {
             skipped = "post starts after the absence";
           } else if (*start > postFrom) {
@@ -359,7 +395,7 @@ double gfncDiaryNoOfDays(const std::string& employee, const std::string& fromDat
           }
         }
         if (std::optional<DateTime> end = diary::dateOf(field(row, endField)); end && skipped.empty()) {
-          testDate = end->house();
+          testDate = *end;
           if (*end < postFrom) {
             skipped = "post ended before the absence";
           } else if (*end < postTo) {

@@ -9,7 +9,8 @@
 // its hours count in each post. Zero-hours posts add nothing.
 //
 // gfncDiaryDayHourCount asks the working-day check about each half of each
-// date of a range. A half adds its hours when the pattern works it and the
+// date of a range (through PostWorkingDays, working_day.h, when the run has
+// read the posts ahead; else gfncDiaryWorkingDay for every half). A half adds its hours when the pattern works it and the
 // half markers include it ("PM" on the first day drops the morning, "AM" on
 // the last day the afternoon), and half a day unless its "DatesList" key was
 // already listed when the date came up (the key is the date, plus "+AM" or

@@ -22,7 +22,44 @@ std::optional<DateTime> dateOf(const Value& v) {
   return std::nullopt;
 }
 
+namespace {
+
+// "DD/MM/YYYY" (the diary's own texts) and "YYYY-MM-DD" (SQLite's date
+// columns) of a date that exists, years 1000 to 9999, read without the
+// general parser; nothing for any other text, which parseDate then reads
+// (to the same date for these two forms).
+std::optional<DateTime> commonDate(std::string_view t) {
+  if (t.size() != 10) return std::nullopt;
+  auto number = [&t](size_t from, size_t count) {
+    int n = 0;
+    for (size_t i = from; i < from + count; ++i) {
+      if (t[i] < '0' || t[i] > '9') return -1;
+      n = n * 10 + (t[i] - '0');
+    }
+    return n;
+  };
+  int year = -1, month = -1, day = -1;
+  if (t[2] == '/' && t[5] == '/') {
+    day = number(0, 2);
+    month = number(3, 2);
+    year = number(6, 4);
+  } else if (t[4] == '-' && t[7] == '-') {
+    year = number(0, 4);
+    month = number(5, 2);
+    day = number(8, 2);
+  }
+  if (year < 1000 || month < 1 || month > 12 || day < 1 || day > 31) return std::nullopt;
+  const int64_t days = daysFromCivil(year, month, day);
+  int y = 0, m = 0, d = 0;
+  civilFromDays(days, y, m, d);
+  if (y != year || m != month || d != day) return std::nullopt;
+  return DateTime::fromDays(days);
+}
+
+}  // namespace
+
 std::optional<DateTime> dateOf(std::string_view text) {
+  if (std::optional<DateTime> d = commonDate(text)) return d;
   std::string t = trim(text);
   if (t.empty()) return std::nullopt;
   std::optional<DateTime> d = parseDate(t);

@@ -125,6 +125,7 @@ void PatternSet::index(Table t) {
         s.row = r;
         s.timeId = upperTrim(fieldAt(rs, r, time).text());
         s.hoursText = trim(fieldAt(rs, r, hours).text());
+        s.hours = parseNumber(s.hoursText).value_or(0.0);
         s.startTime = timeText(fieldAt(rs, r, start));
         s.endTime = timeText(fieldAt(rs, r, end));
         slots_[slotKey(fieldAt(rs, r, cat).text(), fieldAt(rs, r, week).text(), fieldAt(rs, r, day).text())]
@@ -168,6 +169,21 @@ const std::vector<PatternSlot>& PatternSet::slots(std::string_view category, std
                                                   std::string_view day) const {
   auto it = slots_.find(slotKey(category, week, day));
   return it == slots_.end() ? kNoSlots : it->second;
+}
+
+const std::vector<PatternSlot>& PatternSet::slots(std::string_view category, int week, int day) const {
+  std::string key = upperTrim(category);
+  key += '\x1f';
+  key += std::to_string(week);
+  key += '\x1f';
+  key += std::to_string(day);
+  auto it = slots_.find(key);
+  return it == slots_.end() ? kNoSlots : it->second;
+}
+
+const std::vector<std::pair<int64_t, int64_t>>* PatternSet::nonWorkingPeriods(std::string_view category) const {
+  auto it = nonWorking_.find(upperTrim(category));
+  return it == nonWorking_.end() ? nullptr : &it->second;
 }
 
 bool PatternSet::inNonWorkingPeriod(std::string_view category, DateTime date) const {

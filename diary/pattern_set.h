@@ -70,6 +70,7 @@ struct PatternSlot {
   long row = -1;
   std::string timeId;  // TIME_ID, trimmed and upper-cased
   std::string hoursText;
+  double hours = 0;  // HOURS read as a number, 0 when it is not one
   std::string startTime;
   std::string endTime;
 };
@@ -96,7 +97,11 @@ class PatternSet {
   // The worked slots of a category for a week and day of its rotation.
   const std::vector<PatternSlot>& slots(std::string_view category, std::string_view week,
                                         std::string_view day) const;
+  // The same for a week and weekday given as numbers.
+  const std::vector<PatternSlot>& slots(std::string_view category, int week, int day) const;
   bool inNonWorkingPeriod(std::string_view category, DateTime date) const;
+  // A category's non-working periods (first and last day numbers), or nullptr.
+  const std::vector<std::pair<int64_t, int64_t>>* nonWorkingPeriods(std::string_view category) const;
   bool isBankHoliday(DateTime date) const;
 
   // ---- Statements repeated within the run ----

@@ -251,3 +251,107 @@ bool gfncDiaryWorkingDay(DateTime date, const std::string& employee, const std::
 }
 
 }  // namespace orvalis
+
+namespace orvalis {
+
+PostWorkingDays::PostWorkingDays(const std::string& employee, const std::string& post, const std::string& category,
+                                 const std::string& dayType, PatternSet& patterns)
+    : emp_(trim(employee)), seq_(trim(post)), cat_(upperTrim(category)), type_(upperTrim(dayType)),
+      patterns_(patterns) {
+  if (emp_.empty() || patterns.trace() != nullptr || !patterns.allOpen() || !patterns.statementCache() ||
+      !patterns.postsAhead() || patterns.postHistory() == nullptr) {
+    return;
+  }
+  if (equalsNoCase(trim(HREnvironment::session().GlobalVariable("ClockingTimes").text()), "Yes")) return;
+  // The category as the check finds it for every half: the one given, the
+  // post's, the organisation's default.
+  if (cat_.empty()) cat_ = diary::postCategory(emp_, seq_, &patterns);
+  if (cat_.empty()) cat_ = upperTrim(gfncGetControlValue("", "PNL", "DEFWP"));
+  if (cat_.empty()) return;
+  pattern_ = patterns.category(cat_);
+  if (pattern_ != nullptr && pattern_->variationId.empty()) pattern_ = nullptr;
+  if (pattern_ != nullptr) {
+    const std::string& nwd = pattern_->nwdId;
+    checkNwd_ = nwd != "N";
+    if (checkNwd_ && ((type_ == "P" && instr(nwd, "NCEH") > 0) || (type_ == "S" && instr(nwd, "NBDH") > 0) ||
+                      (type_ == "H" && instr(nwd, "NADE") > 0))) {
+      checkNwd_ = false;
+    }
+    nonWorking_ = patterns.nonWorkingPeriods(cat_);
+  }
+  ready_ = true;
+}
+
+bool PostWorkingDays::fixedSlot(DateTime date, DateHalf half, double& hours) {
+  if (!anchor_) {
+    std::optional<DateTime> anchor = diary::dateOf(diary::postPatternStart(emp_, seq_, cat_, &patterns_));
+    anchor_ = anchor ? anchor : pattern_->startDate;
+  }
+  if (weekDay_ != date.days()) {
+    weekDay_ = date.days();
+    week_ = rotationWeek(date, *anchor_, pattern_->length, pattern_->endDate);
+  }
+  if (!week_) return false;
+  static const std::string kAM = "AM";
+  static const std::string kPM = "PM";
+  const std::string& slot = half == DateHalf::AM ? kAM : kPM;
+  return chooseWPSlot(patterns_.slots(cat_, *week_, date.weekday()), slot, start_, end_, hours);
+}
+
+bool PostWorkingDays::worked(DateTime date, DateHalf half, const std::string& fromTime, const std::string& toTime,
+                             double& hours) {
+  asked_ = true;
+  hours = 0;
+  start_.clear();
+  end_.clear();
+  const int dayNumber = date.weekday();
+  bool worked = false;
+  if (pattern_ == nullptr) {
+    worked = dayNumber < 6;  // no pattern: Monday to Friday
+  } else if (pattern_->fwp != "Y") {
+    const std::string& flag = pattern_->workDay[dayNumber - 1];
+    worked = flag.empty() || flag[0] != 'N';
+    if (worked) {
+      if (!halfHours_) {
+        std::optional<double> hoursWeek = diary::postHoursPerWeek(emp_, seq_, &patterns_);
+        const double weekly = hoursWeek ? *hoursWeek : 0.0;
+        const double days = diary::daysPerWeek(emp_, cat_, patterns_);
+        halfHours_ = weekly > 0 && days > 0 ? weekly / days / 2 : 0.0;
+      }
+      hours = *halfHours_;
+    }
+  } else {
+    worked = fixedSlot(date, half, hours);
+  }
+  if (worked && checkNwd_) {
+    bool off = false;
+    if (nonWorking_ != nullptr) {
+      const int64_t d = date.days();
+      for (const auto& [from, to] : *nonWorking_) {
+        if (d >= from && d <= to) {
+          off = true;
+          break;
+        }
+      }
+    }
+    if (off || patterns_.isBankHoliday(date)) {
+      worked = false;
+      hours = 0;
+      start_.clear();
+      end_.clear();
+    }
+  }
+  if (!worked) return false;
+  if (!fromTime.empty() || !toTime.empty()) narrowToAbsence(trim(fromTime), trim(toTime), start_, end_, hours);
+  addToDatesList(date, half);
+  return true;
+}
+
+void PostWorkingDays::leaveInSession() {
+  if (!asked_) return;
+  HRSession& session = HREnvironment::session();
+  session.SetGlobalVariable("WorkingDayStartTime", Value(start_));
+  session.SetGlobalVariable("WorkingDayEndTime", Value(end_));
+}
+
+}  // namespace orvalis

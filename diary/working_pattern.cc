@@ -22,11 +22,6 @@ void openTable(PatternSet& patterns, PatternSet::Table table, std::string& sql) 
   if (gfncOpenRecordset(sql, rs)) patterns.assign(table, std::move(rs));
 }
 
-double hoursOf(const std::string& text) {
-  std::optional<double> h = parseNumber(text);
-  return h ? *h : 0.0;
-}
-
 bool isHalf(const std::string& timeId) { return timeId == "AM" || timeId == "PM"; }
 
 // The middle of two "HH:MM" times, or nothing when either is not a time.
@@ -110,50 +105,57 @@ std::string fncGetWPDays(PatternSet& patterns, const std::string& category, cons
   });
   proc.run([&](Steps& step) {
     step(10, [&] { openTable(patterns, PatternSet::Table::FixedPattern, sql); });
-    step(20, [&] {
-      const std::vector<PatternSlot>& rows = patterns.slots(category, week, day);
-      const PatternSlot* exact = nullptr;
-      const PatternSlot* whole = nullptr;
-      const PatternSlot* am = nullptr;
-      const PatternSlot* pm = nullptr;
-      for (const PatternSlot& r : rows) {
-        if (!isHalf(r.timeId)) {
-          if (whole == nullptr) whole = &r;
-        } else if (r.timeId == "AM") {
-          if (am == nullptr) am = &r;
-        } else if (pm == nullptr) {
-          pm = &r;
-        }
-        if (!slot.empty() && r.timeId == slot && exact == nullptr) exact = &r;
-      }
-      if (!slot.empty() && isHalf(slot)) {
-        if (exact != nullptr) {
-          ok = true;
-          startTime = exact->startTime;
-          endTime = exact->endTime;
-          hours = hoursOf(exact->hoursText);
-        } else if (whole != nullptr) {
-          // A whole-day row answers for each half with half of its hours.
-          ok = true;
-          std::optional<std::string> mid = midpoint(whole->startTime, whole->endTime);
-          startTime = slot == "AM" || !mid ? whole->startTime : *mid;
-          endTime = slot == "PM" || !mid ? whole->endTime : *mid;
-          hours = hoursOf(whole->hoursText) / 2;
-        }
-      } else if (whole != nullptr) {
-        ok = true;
-        startTime = whole->startTime;
-        endTime = whole->endTime;
-        hours = hoursOf(whole->hoursText);
-      } else if (am != nullptr || pm != nullptr) {
-        ok = true;
-        startTime = am != nullptr ? am->startTime : pm->startTime;
-        endTime = pm != nullptr ? pm->endTime : am->endTime;
-        hours = (am != nullptr ? hoursOf(am->hoursText) : 0) + (pm != nullptr ? hoursOf(pm->hoursText) : 0);
-      }
-    });
+    step(20, [&] { ok = chooseWPSlot(patterns.slots(category, week, day), slot, startTime, endTime, hours); });
   });
   return ok ? "Y" : "N";
+}
+
+bool chooseWPSlot(const std::vector<PatternSlot>& rows, const std::string& slot, std::string& startTime,
+                  std::string& endTime, double& hours) {
+  const PatternSlot* exact = nullptr;
+  const PatternSlot* whole = nullptr;
+  const PatternSlot* am = nullptr;
+  const PatternSlot* pm = nullptr;
+  for (const PatternSlot& r : rows) {
+    if (!isHalf(r.timeId)) {
+      if (whole == nullptr) whole = &r;
+    } else if (r.timeId == "AM") {
+      if (am == nullptr) am = &r;
+    } else if (pm == nullptr) {
+      pm = &r;
+    }
+    if (!slot.empty() && r.timeId == slot && exact == nullptr) exact = &r;
+  }
+  if (!slot.empty() && isHalf(slot)) {
+    if (exact != nullptr) {
+      startTime = exact->startTime;
+      endTime = exact->endTime;
+      hours = exact->hours;
+      return true;
+    }
+    if (whole != nullptr) {
+      // A whole-day row answers for each half with half of its hours.
+      std::optional<std::string> mid = midpoint(whole->startTime, whole->endTime);
+      startTime = slot == "AM" || !mid ? whole->startTime : *mid;
+      endTime = slot == "PM" || !mid ? whole->endTime : *mid;
+      hours = whole->hours / 2;
+      return true;
+    }
+    return false;
+  }
+  if (whole != nullptr) {
+    startTime = whole->startTime;
+    endTime = whole->endTime;
+    hours = whole->hours;
+    return true;
+  }
+  if (am != nullptr || pm != nullptr) {
+    startTime = am != nullptr ? am->startTime : pm->startTime;
+    endTime = pm != nullptr ? pm->endTime : am->endTime;
+    hours = (am != nullptr ? am->hours : 0) + (pm != nullptr ? pm->hours : 0);
+    return true;
+  }
+  return false;
 }
 
 std::string fncNonWorking(PatternSet& patterns, const std::string& category, const std::string& date) {

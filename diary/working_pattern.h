@@ -25,6 +25,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "diary/pattern_set.h"
 #include "runtime/date_time.h"
@@ -48,6 +49,12 @@ std::string fncGetWPFeature(PatternSet& patterns, const std::string& category, c
 std::string fncGetWPDays(PatternSet& patterns, const std::string& category, const std::string& week,
                          const std::string& day, const std::string& timeSlot, std::string& startTime,
                          std::string& endTime, double& hours);
+
+// The choice fncGetWPDays makes among the worked rows of one week and day
+// (see above): true with the slot's times and hours, else false and the
+// three left as they are.
+bool chooseWPSlot(const std::vector<PatternSlot>& rows, const std::string& timeSlot, std::string& startTime,
+                  std::string& endTime, double& hours);
 
 // "Yes" when the date (text, day first) lies in one of the category's
 // non-working periods, else "No".

@@ -1,6 +1,9 @@
 #include "reports/absence/absence.h"
 
 #include <algorithm>
+#include <array>
+#include <functional>
+#include <string_view>
 
 #include "component/class_registry.h"
 #include "component/ttx_file.h"
@@ -10,6 +13,7 @@
 #include "diary/absence_year.h"
 #include "diary/day_type.h"
 #include "reports/absence/absence_analyses.h"
+#include "diary/diary_module.h"
 #include "reports/absence/absence_fields.h"
 #include "reports/absence/absence_statement.h"
 #include "runtime/basic_date.h"
@@ -37,12 +41,9 @@ enum Col {
   cCertMethod, cExpiry, cEndDow, cDurCalDays, cCategory,
 };
 
+// A date value, or a text read as a date; the date part only.
 std::optional<DateTime> dateOf(const Value& v) {
-  if (v.isDate()) return DateTime::fromDays(v.asDate().days());
-  if (v.isText()) {
-    std::optional<DateTime> d = parseDate(trim(v.asText()));
-    if (d) return DateTime::fromDays(d->days());
-  }
+  if (v.isDate() || v.isText()) return diary::dateOf(v);
   return std::nullopt;
 }
 
@@ -57,10 +58,18 @@ Value numberValue(const Value& v) {
   return Value(val(trim(v.text())));
 }
 
+// The text without its leading and trailing spaces, in place (trim()).
+std::string_view trimmed(std::string_view s) {
+  const size_t b = s.find_first_not_of(' ');
+  if (b == std::string_view::npos) return {};
+  return s.substr(b, s.find_last_not_of(' ') - b + 1);
+}
+
 // Stored non-working-day flags: "N", "0" and "F" read no.
-const char* yesNo(const Value& v) {
-  const std::string first = ucase(left(trim(v.text()), 1));
-  return (first == "N" || first == "0" || first == "F") ? "No" : "Yes";
+const char* yesNo(std::string_view text) {
+  const std::string_view t = trimmed(text);
+  const char first = t.empty() ? ' ' : t.front();
+  return (first == 'N' || first == 'n' || first == '0' || first == 'F' || first == 'f') ? "No" : "Yes";
 }
 
 bool layOut(Recordset& rsData, const ResultField* begin, const ResultField* end) {
@@ -134,7 +143,7 @@ void Absence::dumpVariables(Dump& dump) const {
   dump.item("STRSQL = ", sql_);
 }
 
-double Absence::recount(const Recordset& drv, long row, double stored) {
+double Absence::recount(const Recordset& drv, long row, const std::string& empId, double stored) {
   const bool on = isReview(variant_) ? params_.reviewRecount() : params_.listingRecount();
   if (!on) return stored;
   std::optional<DateTime> from = dateOf(drv.at(row, cStart));
@@ -155,9 +164,9 @@ double Absence::recount(const Recordset& drv, long row, double stored) {
     patterns_->readPostsAhead(params_.empId.empty());
   }
   double hours = 0;
-  return gfncDiaryNoOfDays(trim(drv.textAt(row, cEmp)), from->house(), trim(drv.textAt(row, cStartTime)),
-                           to.house(), trim(drv.textAt(row, cEndTime)), type, trim(drv.textAt(row, cPost)), hours,
-                           "", "", *patterns_, whole->second, false);
+  return gfncDiaryNoOfDays(empId, diary::houseText(*from), trim(drv.textAt(row, cStartTime)), diary::houseText(to),
+                           trim(drv.textAt(row, cEndTime)), type, trim(drv.textAt(row, cPost)), hours, "", "",
+                           *patterns_, whole->second, false);
 }
 
 bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordset& drv) {
@@ -177,70 +186,110 @@ bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordse
     std::unordered_map<std::string, size_t> reviewIndex;
     const bool listing = !isReview(variant_);
     if (listing) rsData.reserve(drv.rowCount());
+    std::string scratch;
+    // The rows come in employee order: the employee (and the post) of the
+    // row before is usually the one wanted.
+    std::string lastEmpId;
+    const EmployeeRow* lastEmployee = nullptr;
+    const std::string* lastDepartment = nullptr;
+    size_t lastReview = 0;
+    std::string lastPostEmpId;
+    std::string lastPost;
+    const std::string* lastPostDescription = nullptr;
+    struct LastCode {
+      std::string code;
+      const std::string* description = nullptr;
+    };
+    std::array<LastCode, std::size(kListingFields)> lastCodes;
     for (long row = 0; row < drv.rowCount(); ++row) {
-      step(2, [&] {
+      auto absence = [&] {
         const std::string empId = trim(drv.textAt(row, cEmp));
-        const EmployeeRow* e = employees_.find(empId);
+        const bool sameEmployee = lastDepartment != nullptr && empId == lastEmpId;
+        if (!sameEmployee) {
+          lastEmpId = empId;
+          lastEmployee = employees_.find(empId);
+          lastDepartment = lastEmployee ? &codes_.describe(CodeTable::Department, lastEmployee->deptId) : nullptr;
+        }
+        const EmployeeRow* e = lastEmployee;
         if (e == nullptr) return;
         const Value stored = numberValue(drv.at(row, cDuration));
-        const double days = recount(drv, row, stored.isNull() ? 0.0 : stored.asDouble());
+        const double days = recount(drv, row, empId, stored.isNull() ? 0.0 : stored.asDouble());
         if (!listing) {
-          auto [it, added] = reviewIndex.emplace(empId, review.size());
-          if (added) {
-            ReviewRow r;
-            r.empId = empId;
-            r.surname = e->surname;
-            r.forename = e->forename;
-            r.knownAs = e->knownAs;
-            r.department = codes_.describe(CodeTable::Department, e->deptId);
-            review.push_back(std::move(r));
+          if (!sameEmployee) {
+            auto [it, added] = reviewIndex.emplace(empId, review.size());
+            lastReview = it->second;
+            if (added) {
+              ReviewRow r;
+              r.empId = empId;
+              r.surname = e->surname;
+              r.forename = e->forename;
+              r.knownAs = e->knownAs;
+              r.department = *lastDepartment;
+              review.push_back(std::move(r));
+            }
           }
-          ReviewRow& r = review[it->second];
+          ReviewRow& r = review[lastReview];
           // One spell per absence record.
           ++r.periods;
           r.duration += days;
           return;
         }
+        rsData.addNew();
+        const long out = rsData.currentRow();
+        // A cell of the driving row in place (until the next one is read).
+        auto cell = [&](int column) { return drv.textViewAt(row, column, scratch); };
         auto text = [&](int field, std::string_view value) {
-          rsData.set(field, Value(fitted(trim(value), kListingFields[field].size)));
+          rsData.setTextAt(out, field, fitted(trimmed(value), kListingFields[field].size));
         };
         auto code = [&](int field, CodeTable table, int column) {
-          text(field, codes_.describe(table, drv.textAt(row, column)));
+          // Neighbouring rows mostly share their codes.
+          LastCode& last = lastCodes[field];
+          const std::string_view value = cell(column);
+          if (last.description == nullptr || value != last.code) {
+            last.code.assign(value);
+            last.description = &codes_.describe(table, value);
+          }
+          text(field, *last.description);
         };
-        rsData.addNew();
         text(0, empId);
         text(1, e->surname);
         text(2, e->forename);
-        text(3, codes_.describe(CodeTable::Department, e->deptId));
+        text(3, *lastDepartment);
         text(4, "Absence Records");
-        text(5, drv.textAt(row, cDescription));
+        text(5, cell(cDescription));
         code(6, CodeTable::AbsenceType, cType);
         code(7, CodeTable::AbsenceReason, cAbsent);
         rsData.set(8, dateValue(drv.at(row, cStart)));
-        text(9, drv.textAt(row, cStartTime));
+        text(9, cell(cStartTime));
         rsData.set(10, dateValue(drv.at(row, cEnd)));
-        text(11, drv.textAt(row, cEndTime));
+        text(11, cell(cEndTime));
         rsData.set(12, Value(days));
         const std::string post = trim(drv.textAt(row, cPost));
         text(13, post);
-        text(14, posts_.describe(empId, post));
-        text(15, drv.textAt(row, cStartAct));
-        text(16, drv.textAt(row, cEndAct));
+        if (lastPostDescription == nullptr || post != lastPost || empId != lastPostEmpId) {
+          lastPostEmpId = empId;
+          lastPost = post;
+          lastPostDescription = &posts_.describe(empId, post);
+        }
+        text(14, *lastPostDescription);
+        text(15, cell(cStartAct));
+        text(16, cell(cEndAct));
         code(17, CodeTable::Action, cAction);
         rsData.set(18, dateValue(drv.at(row, cReview)));
-        text(19, drv.textAt(row, cStartDow));
-        text(20, yesNo(drv.at(row, cPrvNonWork)));
-        text(21, yesNo(drv.at(row, cNxtNonWork)));
+        text(19, cell(cStartDow));
+        text(20, yesNo(cell(cPrvNonWork)));
+        text(21, yesNo(cell(cNxtNonWork)));
         rsData.set(22, numberValue(drv.at(row, cDurHours)));
-        text(23, drv.textAt(row, cCertified));
+        text(23, cell(cCertified));
         code(24, CodeTable::CertMethod, cCertMethod);
         rsData.set(25, dateValue(drv.at(row, cExpiry)));
-        text(26, drv.textAt(row, cEndDow));
+        text(26, cell(cEndDow));
         rsData.set(27, numberValue(drv.at(row, cDurCalDays)));
         code(28, CodeTable::Category, cCategory);
-        text(29, drv.textAt(row, cSeq));
+        text(29, cell(cSeq));
         rsData.set(30, stored);
-      });
+      };
+      step(2, std::ref(absence));
     }
     if (listing) {
       result = true;

@@ -62,7 +62,7 @@ class Absence final : public ReportClass {
  private:
   bool fncBaseLoop(const std::string& method, Recordset& rsData, Recordset& driving);
   // The days of one driving row: stored, or recounted over the period.
-  double recount(const Recordset& drv, long row, double stored);
+  double recount(const Recordset& drv, long row, const std::string& empId, double stored);
   // The absence analyses (absence_analyses.h) over the driving rows.
   bool fncAnalysis(const std::string& method, Recordset& rsData, const Recordset& drv);
   bool fncReviewRows(std::vector<absence::ReviewRow>& rows);

@@ -1,9 +1,16 @@
 // The three ways a run reads the posts (one statement per absence, the
 // run's statement cache, the whole table read ahead) count every absence
-// of a demo database alike, on SQLite and PostgreSQL.
+// of a demo database alike, on SQLite and PostgreSQL. Reading ahead also
+// answers each half day from the post's resolved pattern instead of the
+// working-day procedure: days, hours, "DatesList" and the day's times left
+// in the session must come out as the per-half-day reference leaves them,
+// with and without the absence's own times, and for rotations whose days
+// are whole-day rows answering for each half.
 
 #include <gtest/gtest.h>
 
+#include <set>
+#include <string>
 #include <tuple>
 #include <vector>
 
@@ -34,6 +41,12 @@ class PostsAhead : public ::testing::TestWithParam<test::Engine> {
       options.companies = 1;
       options.asOf = *DateTime::fromParts(2025, 6, 30);
       buildDemoDatabase(*connection, options);
+      // One rotation's mornings and another's afternoons become whole-day
+      // rows: the missing half is then half of the whole day, split at the
+      // midpoint.
+      connection->execute(
+          "UPDATE PNLCATFWP SET TIME_ID = 'D', HOURS = '7.5', START_TIME = '08:00', END_TIME = '17:00' "
+          "WHERE (TIME_ID = 'AM' AND CAT_ID = 'ROT2') OR (TIME_ID = 'PM' AND CAT_ID = 'ROT4')");
     }
     env_ = test::installEnvironment(db_->url());
     errors_ = installRecordingErrorComponent();
@@ -65,20 +78,28 @@ class PostsAhead : public ::testing::TestWithParam<test::Engine> {
     std::string fields[7];  // employee, from, from half, to, to half, type, post
   };
 
-  // Days and hours of every absence: with its own post and over all posts,
-  // current posts alone and with absent ones.
-  std::vector<std::tuple<double, double>> counts(Reads reads) {
+  using Count = std::tuple<double, double, std::string, std::string, std::string>;
+
+  // Days, hours and what the count leaves in the session, for every absence:
+  // with its own post and over all posts, current posts alone and with
+  // absent ones, with the absence's times, and whole days forced both ways.
+  std::vector<Count> counts(Reads reads) {
     PatternSet patterns;
     patterns.setStatementCache(reads != Reads::Statements);
     patterns.readPostsAhead(reads == Reads::Ahead);
-    std::vector<std::tuple<double, double>> out;
+    std::vector<Count> out;
     for (const Absence& a : absences_) {
-      for (int variant = 0; variant < 3; ++variant) {
+      for (int variant = 0; variant < 5; ++variant) {
         double hours = 0;
-        const std::string post = variant == 0 ? a.fields[6] : "";
+        const std::string post = variant == 0 || variant == 3 ? a.fields[6] : "";
+        const bool timed = variant == 3;
+        const std::string whole = variant == 3 ? "N" : (variant == 4 ? "Y" : "");
         double days = gfncDiaryNoOfDays(a.fields[0], a.fields[1], a.fields[2], a.fields[3], a.fields[4],
-                                        a.fields[5], post, hours, "", "", patterns, "", variant == 2);
-        out.emplace_back(days, hours);
+                                        a.fields[5], post, hours, timed ? "10:30" : "", timed ? "14:15" : "",
+                                        patterns, whole, variant == 2);
+        out.emplace_back(days, hours, env_->GlobalVariable("DatesList").text(),
+                         env_->GlobalVariable("WorkingDayStartTime").text(),
+                         env_->GlobalVariable("WorkingDayEndTime").text());
       }
     }
     return out;
@@ -99,12 +120,18 @@ TEST_P(PostsAhead, EveryReadCountsTheSame) {
   // posts add days somewhere.
   double all = 0;
   double withAbsent = 0;
-  for (size_t i = 0; i < reference.size(); i += 3) {
+  std::set<std::string> times;
+  for (size_t i = 0; i < reference.size(); i += 5) {
     all += std::get<0>(reference[i + 1]);
     withAbsent += std::get<0>(reference[i + 2]);
+    times.insert(std::get<3>(reference[i + 3]) + "-" + std::get<4>(reference[i + 3]));
   }
   EXPECT_GT(all, 500);
   EXPECT_GE(withAbsent, all);
+  // The last afternoon's times, narrowed by the absence's: a rotation's own
+  // afternoon, and an afternoon split off a whole day.
+  EXPECT_EQ(1u, times.count("13:30-14:15"));
+  EXPECT_EQ(1u, times.count("12:30-14:15"));
 }
 
 TEST_P(PostsAhead, AnEmployeeWithoutPostsCountsNothing) {
