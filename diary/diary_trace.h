@@ -66,6 +66,11 @@ class DiaryTrace {
   virtual void post(const PostNote&) {}
   virtual void halfDay(const HalfDayNote&) {}
   virtual void day(const DayNote&) {}
+  // Whether the observer reads the working-day check's verdicts. One that
+  // adds up days and hours only answers false, and the counter may then
+  // answer each half from the post's working days found once (the verdict
+  // of such a half is left at Worked).
+  virtual bool needsVerdicts() const { return true; }
 };
 
 }  // namespace orvalis

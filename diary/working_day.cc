@@ -258,8 +258,9 @@ PostWorkingDays::PostWorkingDays(const std::string& employee, const std::string&
                                  const std::string& dayType, PatternSet& patterns)
     : emp_(trim(employee)), seq_(trim(post)), cat_(upperTrim(category)), type_(upperTrim(dayType)),
       patterns_(patterns) {
-  if (emp_.empty() || patterns.trace() != nullptr || !patterns.allOpen() || !patterns.statementCache() ||
-      !patterns.postsAhead() || patterns.postHistory() == nullptr) {
+  const DiaryTrace* trace = patterns.trace();
+  if (emp_.empty() || (trace != nullptr && trace->needsVerdicts()) || !patterns.allOpen() ||
+      !patterns.statementCache() || !patterns.postsAhead() || patterns.postHistory() == nullptr) {
     return;
   }
   if (equalsNoCase(trim(HREnvironment::session().GlobalVariable("ClockingTimes").text()), "Yes")) return;

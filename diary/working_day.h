@@ -51,7 +51,7 @@ bool gfncDiaryWorkingDay(DateTime date, const std::string& employee, const std::
 // answers each half without the procedure's per-call set-up or session
 // writes. It is ready only when nothing it reads can go to the database or
 // fail: the four pattern tables open, the posts read ahead, a category
-// given, clocking times off, and no trace observer. When it is not ready,
+// given, clocking times off, and no trace observer that reads verdicts. When it is not ready,
 // the counter asks gfncDiaryWorkingDay for every half, the reference that
 // it answers exactly as (tests compare the two on the demo data).
 class PostWorkingDays {

@@ -172,6 +172,7 @@ class DayCollector final : public DiaryTrace {
   void day(const DayNote& note) override {
     if (note.days != 0 || note.hours != 0) days.push_back(note);
   }
+  bool needsVerdicts() const override { return false; }
   std::vector<DayNote> days;
 };
 
@@ -181,6 +182,7 @@ class WorkedDates final : public DiaryTrace {
   void halfDay(const HalfDayNote& note) override {
     if (note.slot.empty() && note.days > 0) days.push_back(note.date.days());
   }
+  bool needsVerdicts() const override { return false; }
   std::vector<int64_t> days;
 };
 
