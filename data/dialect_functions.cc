@@ -23,6 +23,11 @@ std::string gfncEmptyCondition(const std::string& column, const std::string& op,
   return "( " + column + " = '' or " + column + " is NULL )";
 }
 
+std::string noDateCondition(const std::string& column, Dialect d) {
+  if (d == Dialect::PostgreSQL) return column + " is NULL";
+  return gfncEmptyCondition(column, "=", d);
+}
+
 std::string columnExistsSql(const std::string& table, const std::string& column, Dialect d) {
   switch (d) {
     case Dialect::SqlServer:

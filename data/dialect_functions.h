@@ -21,6 +21,10 @@ namespace orvalis {
 // empty" (operator "<>"); "" for an empty column expression.
 std::string gfncEmptyCondition(const std::string& column, const std::string& op);
 std::string gfncEmptyCondition(const std::string& column, const std::string& op, Dialect d);
+// The test that a date column holds no date: the empty test above, except on
+// PostgreSQL, whose date columns hold no empty text and refuse the
+// comparison with '' (there the test is "is NULL").
+std::string noDateCondition(const std::string& column, Dialect d);
 
 // The statement gfncColumnExists runs for a table and column.
 std::string columnExistsSql(const std::string& table, const std::string& column, Dialect d);

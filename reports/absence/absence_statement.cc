@@ -26,11 +26,6 @@ std::string absenceSelect(int factor) {
          "PNLEMPABS.EMP_ID ";
 }
 
-std::string openEndTest(Dialect d) {
-  if (d == Dialect::PostgreSQL) return "PNLEMPABS.END_DATE is NULL";
-  return gfncEmptyCondition("PNLEMPABS.END_DATE", "=", d);
-}
-
 std::string quotedTypeList(const std::string& types) {
   std::string list;
   for (std::string code : split(types, ",")) {
@@ -50,7 +45,7 @@ std::string absenceCondition(const StatementInputs& in, Dialect d) {
   std::string where = "WHERE ((PNLEMPABS.START_DATE >= '" + s + "' AND PNLEMPABS.START_DATE <= '" + e + "') " +
                       "OR (PNLEMPABS.END_DATE <= '" + e + "' AND PNLEMPABS.END_DATE >= '" + s + "') " +
                       "OR (PNLEMPABS.START_DATE <= '" + s + "' AND PNLEMPABS.END_DATE >= '" + e + "') " +
-                      "OR (" + openEndTest(d) + " and PNLEMPABS.START_DATE <= '" + e + "')) ";
+                      "OR (" + noDateCondition("PNLEMPABS.END_DATE", d) + " and PNLEMPABS.START_DATE <= '" + e + "')) ";
   const std::string include = upperTrim(in.include);
   if (include == "ALL") {
     where += " and PNLEMPABS.VARIATION_ID <> '" + sqlQuote(in.secondVariation) + "'";

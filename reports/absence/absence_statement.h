@@ -42,8 +42,6 @@ struct StatementInputs {
 std::string absenceSelect(int factor);
 // "WHERE ((...)) " and the selection by company, types and employee.
 std::string absenceCondition(const StatementInputs& in, Dialect d);
-// The open-end test of PNLEMPABS.END_DATE in a dialect.
-std::string openEndTest(Dialect d);
 // The type list as quoted codes ("'SICK','IND'"); "" when there is none.
 std::string quotedTypeList(const std::string& types);
 

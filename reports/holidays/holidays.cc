@@ -14,7 +14,6 @@
 #include "diary/hours_per_day.h"
 #include "diary/working_pattern.h"
 #include "query/access.h"
-#include "reports/absence/absence_statement.h"
 #include "reports/shared/query_driving.h"
 #include "runtime/basic_date.h"
 #include "runtime/basic_string.h"
@@ -287,7 +286,7 @@ void Holidays::subLoad() {
   if (typeList.empty()) return;
   Recordset absences = open(absencesSql(v, typeList, databaseDateText(first->house()),
                                         databaseDateText(last->house()), selection_.empId,
-                                        absence::openEndTest(currentDialect())));
+                                        noDateCondition("PNLEMPABS.END_DATE", currentDialect())));
   for (long r = 0; r < absences.rowCount(); ++r) {
     Employee* e = find(absences.at(r, 0));
     std::optional<DateTime> from = dateIn(absences.at(r, 4));
