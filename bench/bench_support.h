@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "data/drivers/connection.h"
@@ -23,6 +24,24 @@
 #include "runtime/work_folder.h"
 
 namespace orvalis::bench {
+
+// The employee count set by $ORVALIS_BENCH_EMPLOYEES (a positive whole
+// number), else none.
+inline std::optional<int> benchEmployeesSetting() {
+  const char* text = std::getenv("ORVALIS_BENCH_EMPLOYEES");
+  if (!text || !*text) return std::nullopt;
+  char* end = nullptr;
+  const long n = std::strtol(text, &end, 10);
+  if (*end != '\0' || n <= 0 || n > 10'000'000) {
+    std::cerr << "bench: ignoring ORVALIS_BENCH_EMPLOYEES=" << text << " (not a positive whole number)\n";
+    return std::nullopt;
+  }
+  return static_cast<int>(n);
+}
+
+// The employees of a benchmark's demo database: $ORVALIS_BENCH_EMPLOYEES, else
+// the benchmark's own default.
+inline int benchEmployees(int fallback = 20000) { return benchEmployeesSetting().value_or(fallback); }
 
 inline std::filesystem::path benchDir() {
   const char* dir = std::getenv("ORVALIS_BENCH_DIR");
