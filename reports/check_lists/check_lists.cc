@@ -10,6 +10,7 @@
 #include "diary/rule_offset.h"
 #include "query/access.h"
 #include "query/sql_identifiers.h"
+#include "reports/shared/blank_trimmed.h"
 #include "reports/shared/query_driving.h"
 #include "reports/shared/report_lookups.h"
 #include "runtime/ado.h"
@@ -57,8 +58,6 @@ enum Out {
 enum In { cEmp, cList, cSeq, cDue, cCompleted, cBy, cStatus, cSurname, cForename, cKnownAs, cDept, cMan, cBaseFirst };
 
 std::string itemKey(const std::string& list, const std::string& seq) { return upperTrim(list) + "|" + trim(seq); }
-
-Value dateValue(std::optional<DateTime> d) { return d ? Value(*d) : Value::null(); }
 
 }  // namespace
 
@@ -109,7 +108,7 @@ void CheckLists::subLoadCheckLists() {
   const std::string company = "WHERE VARIATION_ID = '" + sqlQuote(gfncCompanyCode()) + "'";
   Recordset lists = readRows(className(), "SELECT CODE_ID, DESCRIPTION, BASE_DATE_FIELD FROM PNLCHKLST " + company);
   for (long r = 0; r < lists.rowCount(); ++r) {
-    List l{trim(lists.textAt(r, 0)), trim(lists.textAt(r, 1)), upperTrim(lists.textAt(r, 2)), "", ""};
+    List l{trim(lists.textAt(r, 0)), trim(lists.textAt(r, 1)), upperTrim(lists.textAt(r, 2)), "", "", -1};
     // A base date is read only from a date column the dictionary knows, of
     // the employee or of the employee's main post.
     const size_t dot = l.baseField.find('.');
@@ -121,7 +120,9 @@ void CheckLists::subLoadCheckLists() {
       if (columns) {
         l.baseTable = table;
         l.baseColumn = column;
-        if (std::find(columns->begin(), columns->end(), column) == columns->end()) columns->push_back(column);
+        auto at = std::find(columns->begin(), columns->end(), column);
+        if (at == columns->end()) at = columns->insert(at, column);
+        l.baseAt = static_cast<int>(at - columns->begin());
       }
     }
     lists_.emplace(ucase(l.code), std::move(l));
@@ -195,9 +196,10 @@ bool CheckLists::fncBaseLoop(const std::string& method, Recordset& rsData, Recor
       // The main current post's base-date columns, once per run.
       std::unordered_map<std::string, std::vector<std::optional<DateTime>>> postDates;
       if (!postColumns_.empty()) {
+        const std::string company = sqlQuote(gfncCompanyCode());
         std::string sql = "SELECT EMP_ID, SEQ_ID";
         for (const std::string& c : postColumns_) sql += ", " + c;
-        sql += " FROM PNLEMPHST WHERE VARIATION_ID = '" + sqlQuote(gfncCompanyCode()) +
+        sql += " FROM PNLEMPHST WHERE VARIATION_ID = '" + company +
                "' AND STATUS_ID = 'R' ORDER BY EMP_ID, SEQ_ID";
         Recordset posts = readRows(className(), sql);
         for (long r = 0; r < posts.rowCount(); ++r) {
@@ -206,38 +208,61 @@ bool CheckLists::fncBaseLoop(const std::string& method, Recordset& rsData, Recor
           for (size_t c = 0; c < postColumns_.size(); ++c) dates.push_back(cellDate(posts.at(r, static_cast<int>(c) + 2)));
         }
       }
-      const auto baseDate = [&](const List& list, long r) -> std::optional<DateTime> {
-        if (list.baseTable == "PNLEMPMST") {
-          const auto at = std::find(masterColumns_.begin(), masterColumns_.end(), list.baseColumn);
-          return cellDate(driving.at(r, cBaseFirst + static_cast<int>(at - masterColumns_.begin())));
-        }
-        auto p = postDates.find(upperTrim(empId_));
-        if (p == postDates.end()) return std::nullopt;
-        const auto at = std::find(postColumns_.begin(), postColumns_.end(), list.baseColumn);
-        return p->second[static_cast<size_t>(at - postColumns_.begin())];
-      };
 
+      // The rows come in employee and check-list order: the lookups of the
+      // row before are kept while its keys repeat.
+      std::string scratch, listScratch, seqScratch, key;
+      std::string lastEmp, lastList, lastDept, lastMan;
+      bool postLooked = false, listLooked = false;
+      const std::vector<std::optional<DateTime>>* post = nullptr;
+      auto l = lists_.end();
+      std::string listUpper;
+      const std::string* deptDesc = nullptr;
+      const std::string* manDesc = nullptr;
+      rsData.reserve(driving.rowCount());
       for (long r = 0; r < driving.rowCount(); ++r) {
-        const auto text = [&](int c) { return trim(driving.textAt(r, c)); };
-        empId_ = text(cEmp);
+        const auto text = [&](int c) { return blankTrimmed(driving.textViewAt(r, c, scratch)); };
+        empId_.assign(text(cEmp));
         if (!selected.includes(empId_)) continue;
-        const std::string listId = text(cList), seq = text(cSeq);
-        const auto l = lists_.find(ucase(listId));
-        const auto it = items_.find(itemKey(listId, seq));
+        if (empId_ != lastEmp) {
+          lastEmp = empId_;
+          postLooked = false;
+        }
+        const std::string_view listId = blankTrimmed(driving.textViewAt(r, cList, listScratch));
+        const std::string_view seq = blankTrimmed(driving.textViewAt(r, cSeq, seqScratch));
+        if (!listLooked || listId != lastList) {
+          listLooked = true;
+          lastList.assign(listId);
+          listUpper = ucase(listId);
+          l = lists_.find(listUpper);
+        }
+        key.assign(listUpper);
+        key += '|';
+        key += seq;
+        const auto it = items_.find(key);
         const Item* item = it == items_.end() ? nullptr : &it->second;
         if (!responsible_.empty() && (!item || upperTrim(item->role) != responsible_)) continue;
 
         std::string note;
         std::optional<DateTime> base;
         if (l == lists_.end()) {
-          note = "Check-list " + listId + " does not exist";
+          note = "Check-list " + std::string(listId) + " does not exist";
         } else if (l->second.baseTable.empty()) {
           note = "Base date field \"" + l->second.baseField + "\" is not a date of the employee or the post";
         } else {
-          base = baseDate(l->second, r);
+          if (l->second.baseTable == "PNLEMPMST") {
+            base = cellDate(driving.at(r, cBaseFirst + l->second.baseAt));
+          } else {
+            if (!postLooked) {
+              const auto p = postDates.find(upperTrim(empId_));
+              post = p == postDates.end() ? nullptr : &p->second;
+              postLooked = true;
+            }
+            if (post) base = (*post)[static_cast<size_t>(l->second.baseAt)];
+          }
           if (!base) note = "No base date (" + l->second.baseField + ")";
         }
-        if (!item && note.empty()) note = "Item " + seq + " of check-list " + listId + " does not exist";
+        if (!item && note.empty()) note = "Item " + std::string(seq) + " of check-list " + std::string(listId) + " does not exist";
         std::optional<DateTime> due = cellDate(driving.at(r, cDue));
         if (!due && base && item) {
           due = diary::ruleOffsetDate(*base, item->number, item->unit);
@@ -254,29 +279,45 @@ bool CheckLists::fncBaseLoop(const std::string& method, Recordset& rsData, Recor
         }
         if (overdueOnly_ && (!overdue || *overdue <= 0)) continue;
 
+        // A new row's cells are Null until written.
         rsData.addNew();
-        rsData.set(oEmp, Value(empId_));
-        rsData.set(oSurname, Value(text(cSurname)));
-        rsData.set(oForename, Value(text(cForename)));
-        rsData.set(oKnownAs, Value(text(cKnownAs)));
-        const std::string dept = text(cDept), man = text(cMan);
-        rsData.set(oDept, Value(dept));
-        rsData.set(oDeptDesc, Value(departments.describe(dept)));
-        rsData.set(oMan, Value(man));
-        rsData.set(oManDesc, Value(managers.describe(man)));
-        rsData.set(oList, Value(listId));
-        rsData.set(oListDesc, Value(l == lists_.end() ? std::string() : l->second.description));
-        rsData.set(oSeq, Value(static_cast<long>(cellNumber(driving.at(r, cSeq)).value_or(0))));
-        rsData.set(oItem, Value(item ? item->description : std::string()));
-        rsData.set(oRole, Value(item ? item->role : std::string()));
-        rsData.set(oBase, dateValue(base));
-        rsData.set(oDue, dateValue(due));
-        rsData.set(oCompleted, dateValue(completed));
-        rsData.set(oBy, Value(text(cBy)));
-        rsData.set(oStatus, Value(complete ? "Complete" : "Outstanding"));
-        rsData.set(oOverdue, overdue ? Value(*overdue) : Value::null());
-        rsData.set(oMandatory, Value(item && item->mandatory ? "Yes" : "No"));
-        rsData.set(oNote, Value(note));
+        const long out = rsData.currentRow();
+        rsData.setTextAt(out, oEmp, empId_);
+        rsData.setTextAt(out, oSurname, text(cSurname));
+        rsData.setTextAt(out, oForename, text(cForename));
+        rsData.setTextAt(out, oKnownAs, text(cKnownAs));
+        const std::string_view dept = text(cDept);
+        if (!deptDesc || dept != lastDept) {
+          lastDept.assign(dept);
+          deptDesc = &departments.describe(lastDept);
+        }
+        rsData.setTextAt(out, oDept, lastDept);
+        rsData.setTextAt(out, oDeptDesc, *deptDesc);
+        const std::string_view man = text(cMan);
+        if (!manDesc || man != lastMan) {
+          lastMan.assign(man);
+          manDesc = &managers.describe(lastMan);
+        }
+        rsData.setTextAt(out, oMan, lastMan);
+        rsData.setTextAt(out, oManDesc, *manDesc);
+        rsData.setTextAt(out, oList, listId);
+        rsData.setTextAt(out, oListDesc, l == lists_.end() ? std::string_view() : l->second.description);
+        rsData.setAt(out, oSeq, Value(static_cast<long>(cellNumber(driving.at(r, cSeq)).value_or(0))));
+        if (item) {
+          rsData.setTextAt(out, oItem, item->description);
+          rsData.setTextAt(out, oRole, item->role);
+        } else {
+          rsData.setTextAt(out, oItem, {});
+          rsData.setTextAt(out, oRole, {});
+        }
+        if (base) rsData.setAt(out, oBase, Value(*base));
+        if (due) rsData.setAt(out, oDue, Value(*due));
+        if (completed) rsData.setAt(out, oCompleted, Value(*completed));
+        rsData.setTextAt(out, oBy, text(cBy));
+        rsData.setTextAt(out, oStatus, complete ? "Complete" : "Outstanding");
+        if (overdue) rsData.setAt(out, oOverdue, Value(*overdue));
+        rsData.setTextAt(out, oMandatory, item && item->mandatory ? "Yes" : "No");
+        rsData.setTextAt(out, oNote, note);
       }
       if (rsData.recordCount() > 0) rsData.moveFirst();
       result = true;

@@ -66,6 +66,7 @@ class CheckLists final : public ReportClass {
   struct List {
     std::string code, description, baseField;
     std::string baseTable, baseColumn;  // empty when the field cannot be read
+    int baseAt = -1;                     // baseColumn's place in its table's column list
   };
   struct Item {
     std::string description, unit, role;
