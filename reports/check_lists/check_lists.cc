@@ -200,7 +200,10 @@ bool CheckLists::fncBaseLoop(const std::string& method, Recordset& rsData, Recor
         std::string sql = "SELECT EMP_ID, SEQ_ID";
         for (const std::string& c : postColumns_) sql += ", " + c;
         sql += " FROM PNLEMPHST WHERE VARIATION_ID = '" + company +
-               "' AND STATUS_ID = 'R' ORDER BY EMP_ID, SEQ_ID";
+               "' AND STATUS_ID = 'R' AND EMP_ID IN (SELECT EMP_ID FROM PNLEMPCHK WHERE VARIATION_ID = '" +
+               sqlQuote(gfncCompanyCode()) + "'";
+        if (!checkListId_.empty()) sql += " AND CHK_ID = '" + sqlQuote(checkListId_) + "'";
+        sql += ") ORDER BY EMP_ID, SEQ_ID";
         Recordset posts = readRows(className(), sql);
         for (long r = 0; r < posts.rowCount(); ++r) {
           std::vector<std::optional<DateTime>>& dates = postDates[upperTrim(posts.textAt(r, 0))];

@@ -126,6 +126,38 @@ TEST_P(CheckListsTest, DueDatesStatusAndDaysOverdueAsAtADay) {
   EXPECT_EQ(rows["E2/JOIN/9"].at("NOTE"), "Item 9 of check-list JOIN does not exist");
 }
 
+// Base dates from the main current post: the highest current SEQ_ID of
+// each employee, none for an employee without a current post, whichever
+// employee's rows come before.
+TEST_P(CheckListsTest, BaseDatesOfTheMainCurrentPost) {
+  exec("INSERT INTO PNLCHKLST (VARIATION_ID, CODE_ID, DESCRIPTION, TRIGGER_ID, BASE_DATE_FIELD) VALUES "
+       "('ORV01', 'POST', 'New post', 'P', 'PNLEMPHST.START_DATE')");
+  exec("INSERT INTO PNLCHKITM (VARIATION_ID, CHK_ID, SEQ_ID, DESCRIPTION, OFFSET_NUMBER, OFFSET_UNIT, "
+       "RESPONSIBLE_ROLE, MANDATORY_YN) VALUES "
+       "('ORV01', 'POST', 1, 'Post induction', 1, 'W', 'MANAGER', 'Y'), "
+       "('ORV01', 'POST', 2, 'Post review', 1, 'M', 'MANAGER', 'N')");
+  exec("INSERT INTO PNLEMPHST (VARIATION_ID, EMP_ID, SEQ_ID, STATUS_ID, START_DATE) VALUES "
+       "('ORV01', 'E1', 1, 'R', '2024-01-10'), ('ORV01', 'E1', 2, 'R', '2024-11-04'), "
+       "('ORV01', 'E1', 3, 'H', '2025-01-01'), ('ORV01', 'E2', 1, 'H', '2023-05-01'), "
+       "('ORV01', 'E3', 1, 'R', '2020-01-01')");
+  exec("INSERT INTO PNLEMPCHK (VARIATION_ID, EMP_ID, CHK_ID, ITEM_SEQ_ID, DUE_DATE, COMPLETED_DATE, "
+       "COMPLETED_BY, STATUS_ID) VALUES "
+       "('ORV01', 'E1', 'POST', 1, NULL, NULL, NULL, 'O'), ('ORV01', 'E1', 'POST', 2, NULL, NULL, NULL, 'O'), "
+       "('ORV01', 'E2', 'POST', 1, NULL, NULL, NULL, 'O')");
+  for (const char* list : {"CHECKLIST_ID=", "CHECKLIST_ID=POST"}) {
+    auto rows = run({"STATUS=A", list});
+    EXPECT_EQ(rows["E1/POST/1"].at("BASE_DATE") + " " + rows["E1/POST/1"].at("DUE_DATE"), "2024-11-04 2024-11-11")
+        << list;
+    EXPECT_EQ(rows["E1/POST/2"].at("DUE_DATE") + " " + rows["E1/POST/2"].at("NOTE"), "2024-12-04 ") << list;
+    EXPECT_EQ(rows["E2/POST/1"].at("BASE_DATE") + " " + rows["E2/POST/1"].at("NOTE"),
+              "<NULL> No base date (PNLEMPHST.START_DATE)")
+        << list;
+    EXPECT_EQ(rows["E1/JOIN/1"].count("BASE_DATE") ? rows["E1/JOIN/1"].at("BASE_DATE") : "-",
+              list == std::string("CHECKLIST_ID=") ? "2024-08-31" : "-")
+        << list;
+  }
+}
+
 TEST_P(CheckListsTest, Filters) {
   EXPECT_EQ(keys(run({})), "E1/JOIN/1 E1/JOIN/3 E2/JOIN/9 E2/LEAVE/1 E2/ODD/1 ");
   EXPECT_EQ(keys(run({"STATUS=c"})), "E1/JOIN/2 E1/JOIN/4 ");
