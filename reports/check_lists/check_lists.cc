@@ -193,15 +193,17 @@ bool CheckLists::fncBaseLoop(const std::string& method, Recordset& rsData, Recor
       const CodeDescriptions departments(className(), "PNLDEPT");
       const CodeDescriptions managers(className(), "PNLMAN");
       const QueryEmployees selected(className(), queryId_);
-      // The main current post's base-date columns, once per run.
+      // The main current post's base-date columns, once per run, of the
+      // employees with check-list items (matched on EMP_ID as the driving
+      // statement matches them to PNLEMPMST).
       std::unordered_map<std::string, std::vector<std::optional<DateTime>>> postDates;
       if (!postColumns_.empty()) {
         const std::string company = sqlQuote(gfncCompanyCode());
         std::string sql = "SELECT EMP_ID, SEQ_ID";
         for (const std::string& c : postColumns_) sql += ", " + c;
         sql += " FROM PNLEMPHST WHERE VARIATION_ID = '" + company +
-               "' AND STATUS_ID = 'R' AND EMP_ID IN (SELECT EMP_ID FROM PNLEMPCHK WHERE VARIATION_ID = '" +
-               sqlQuote(gfncCompanyCode()) + "'";
+               "' AND STATUS_ID = 'R' AND EMP_ID IN (SELECT EMP_ID FROM PNLEMPCHK WHERE VARIATION_ID = '" + company +
+               "'";
         if (!checkListId_.empty()) sql += " AND CHK_ID = '" + sqlQuote(checkListId_) + "'";
         sql += ") ORDER BY EMP_ID, SEQ_ID";
         Recordset posts = readRows(className(), sql);
