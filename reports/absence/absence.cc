@@ -72,13 +72,6 @@ const char* yesNo(std::string_view text) {
   return (first == 'N' || first == 'n' || first == '0' || first == 'F' || first == 'f') ? "No" : "Yes";
 }
 
-bool layOut(Recordset& rsData, const ResultField* begin, const ResultField* end) {
-  rsData = Recordset();
-  for (const ResultField* f = begin; f != end; ++f) rsData.appendField(f->name, f->type, f->size);
-  rsData.open();
-  return rsData.isOpen();
-}
-
 }  // namespace
 
 void Absence::resetWorkingState() {
@@ -134,8 +127,8 @@ void Absence::runExtract(const std::string& method, Recordset& rsData, Steps& st
 
 bool Absence::createBaseRecordset(const std::string&, Recordset& rsData) {
   if (isAnalysis(variant_)) return layOutAnalysis(variant_, rsData);
-  if (isReview(variant_)) return layOut(rsData, std::begin(kReviewFields), std::end(kReviewFields));
-  return layOut(rsData, std::begin(kListingFields), std::end(kListingFields));
+  if (isReview(variant_)) return layOutResult(rsData, kReviewFields);
+  return layOutResult(rsData, kListingFields);
 }
 
 void Absence::dumpVariables(Dump& dump) const {

@@ -23,6 +23,7 @@
 #include "query/access.h"
 #include "query/access_user.h"
 #include "reports/absence/absence_statement.h"
+#include "reports/shared/query_driving.h"
 #include "runtime/ado.h"
 #include "runtime/basic_date.h"
 #include "runtime/basic_number.h"
@@ -41,23 +42,17 @@ constexpr const char* kSource = "Absence";
 
 // ---------------------------------------------------------------- layouts
 
-struct Field {
-  const char* name;
-  int type;
-  long size;
-};
-
-constexpr Field kHead[] = {{"ROW_TYPE", ado::adChar, 10},
-                           {"GROUP_ID", ado::adChar, 40},
-                           {"GROUP_DESCRIPTION", ado::adChar, 60},
-                           {"SUB_GROUP_ID", ado::adChar, 40},
-                           {"SUB_GROUP_DESCRIPTION", ado::adChar, 60}};
+constexpr ResultField kHead[] = {{"ROW_TYPE", ado::adChar, 10},
+                                 {"GROUP_ID", ado::adChar, 40},
+                                 {"GROUP_DESCRIPTION", ado::adChar, 60},
+                                 {"SUB_GROUP_ID", ado::adChar, 40},
+                                 {"SUB_GROUP_DESCRIPTION", ado::adChar, 60}};
 
 constexpr const char* kWeekdays[] = {"MON", "TUE", "WED", "THU", "FRI", "SAT", "SUN"};
 constexpr const char* kMonths[] = {"JAN", "FEB", "MAR", "APR", "MAY", "JUN", "JUL", "AUG", "SEP", "OCT", "NOV", "DEC"};
 
-std::vector<Field> fieldsOf(Variant v) {
-  std::vector<Field> f;
+std::vector<ResultField> fieldsOf(Variant v) {
+  std::vector<ResultField> f;
   auto num = [&](const char* name) { f.push_back({name, ado::adDouble, 15}); };
   auto count = [&](const char* name) { f.push_back({name, ado::adInteger, 10}); };
   if (v == Variant::Distribution) {
@@ -710,7 +705,7 @@ void Analysis::spellCost(const std::string& emp, const Staff& s, const std::stri
 
 void Analysis::writeRow(Recordset& rs, const char* rowType, const std::string& gCode, const std::string& gDesc,
                         const std::string& sCode, const std::string& sDesc, const Tally& t, const Tally& denom) const {
-  const std::vector<Field> fields = fieldsOf(v_);
+  const std::vector<ResultField> fields = fieldsOf(v_);
   rs.addNew();
   int i = 0;
   auto text = [&](const std::string& s) {
@@ -830,10 +825,7 @@ void writeCsv(const std::filesystem::path& target, const Recordset& rs) {
 }  // namespace
 
 bool layOutAnalysis(Variant v, Recordset& rsData) {
-  rsData = Recordset();
-  for (const Field& f : fieldsOf(v)) rsData.appendField(f.name, f.type, f.size);
-  rsData.open();
-  return rsData.isOpen();
+  return layOutResult(rsData, fieldsOf(v));
 }
 
 std::filesystem::path csvTarget(const std::string& csvPath) {

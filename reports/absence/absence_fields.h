@@ -7,15 +7,10 @@
 
 #include <string_view>
 
+#include "reports/shared/query_driving.h"
 #include "runtime/ado.h"
 
 namespace orvalis::reports::absence {
-
-struct ResultField {
-  const char* name;
-  int type;
-  long size;
-};
 
 inline constexpr ResultField kListingFields[] = {
     {"EMP_ID", ado::adChar, 10},          {"SURNAME", ado::adChar, 40},

@@ -20,15 +20,9 @@ const ReportClassInfo& published() {
   return info;
 }
 
-struct AddressField {
-  const char* name;
-  int type;
-  long size;
-};
-
 // One address block, in field order; the address lookup reads the same
 // columns after SEQ_ID.
-constexpr AddressField kAddressFields[] = {
+constexpr ResultField kAddressFields[] = {
     {"NAME", ado::adVarChar, 40},     {"ADD_1", ado::adVarChar, 40},     {"ADD_2", ado::adVarChar, 40},
     {"ADD_3", ado::adVarChar, 40},    {"ADD_4", ado::adVarChar, 40},     {"ADD_5", ado::adVarChar, 40},
     {"POST_CODE", ado::adChar, 20},   {"PHONE_OFFICE", ado::adChar, 30}, {"PHONE_HOME", ado::adChar, 30},
@@ -82,7 +76,7 @@ bool Addresses::createBaseRecordset(const std::string&, Recordset& rsData) {
 
 bool Addresses::fncCreateBaseRecordset(Recordset& rsData) {
   for (const char* prefix : kBlockPrefixes) {
-    for (const AddressField& f : kAddressFields) appendResultField(rsData, prefix + std::string(f.name), f.type, f.size);
+    for (const ResultField& f : kAddressFields) appendResultField(rsData, prefix + std::string(f.name), f.type, f.size);
   }
   rsData.open();
   return rsData.isOpen();

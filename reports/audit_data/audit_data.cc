@@ -126,10 +126,7 @@ std::string AuditData::drivingSql(const std::string&) {
 }
 
 bool AuditData::createBaseRecordset(const std::string&, Recordset& rsData) {
-  rsData = Recordset();
-  for (const ResultField& f : resultFields()) rsData.appendField(f.name, f.type, f.size);
-  rsData.open();
-  return rsData.isOpen();
+  return layOutResult(rsData, resultFields());
 }
 
 void AuditData::dumpVariables(Dump& dump) const { dump.item("STRSQL = ", sql_); }

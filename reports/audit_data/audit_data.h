@@ -27,6 +27,7 @@
 
 #include "component/report_class.h"
 #include "reports/audit_data/audit_lookups.h"
+#include "reports/shared/query_driving.h"
 
 namespace orvalis::reports {
 
@@ -34,11 +35,7 @@ class AuditData final : public ReportClass {
  public:
   AuditData();
 
-  struct ResultField {
-    const char* name;
-    int type;
-    long size;
-  };
+  using ResultField = reports::ResultField;
   static const std::vector<ResultField>& resultFields();
 
   // The driving statement; `tables` already quoted and joined, dates as

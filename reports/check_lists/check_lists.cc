@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "component/class_registry.h"
-#include "component/errors/debug_log.h"
 #include "data/data_functions.h"
 #include "data/dictionary.h"
 #include "data/sql_text.h"
@@ -30,12 +29,6 @@ const ReportClassInfo& published() {
 }
 
 constexpr const char* kSource = "ORVALIS.CheckLists";
-
-struct ResultField {
-  const char* name;
-  int type;
-  long size;
-};
 
 constexpr int kText = ado::adVarChar;
 constexpr int kDate = ado::adDate;
@@ -85,9 +78,7 @@ void CheckLists::resetWorkingState() {
 }
 
 void CheckLists::readParameters(const std::string& method, const Parameters& parameters) {
-  gsubDebugLog(kSource, "ORVALIS.CheckLists.ExtractData - START");
-  gsubDebugLog(kSource, "MethodName : " + method);
-  gsubDebugLog(kSource, "Parameters : " + parameters.describe());
+  logExtractStart(kSource, method, parameters);
   checkListId_ = upperTrim(parameters.named("CHECKLIST_ID"));
   status_ = upperTrim(parameters.named("STATUS"));
   if (status_.empty()) status_ = "O";
@@ -162,10 +153,7 @@ std::string CheckLists::drivingSql(const std::string&) {
 }
 
 bool CheckLists::createBaseRecordset(const std::string&, Recordset& rsData) {
-  rsData = Recordset();
-  for (const ResultField& f : kFields) appendResultField(rsData, f.name, f.type, f.size);
-  rsData.open();
-  return rsData.isOpen();
+  return layOutResult(rsData, kFields);
 }
 
 bool CheckLists::baseLoop(const std::string& method, Recordset& rsData, Recordset& driving) {

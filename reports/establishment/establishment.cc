@@ -5,7 +5,6 @@
 #include <optional>
 
 #include "component/class_registry.h"
-#include "component/errors/debug_log.h"
 #include "data/data_functions.h"
 #include "data/dialect.h"
 #include "data/dialect_functions.h"
@@ -33,12 +32,6 @@ const ReportClassInfo& published() {
 }
 
 constexpr const char* kTraceSource = "ORVALIS.Establishment";
-
-struct ResultField {
-  const char* name;
-  int type;
-  long size;
-};
 
 constexpr int kText = ado::adChar;
 constexpr int kDate = ado::adDate;
@@ -123,9 +116,7 @@ void Establishment::resetWorkingState() {
 }
 
 void Establishment::readParameters(const std::string& method, const Parameters& parameters) {
-  gsubDebugLog(kTraceSource, "ORVALIS.Establishment.ExtractData - START");
-  gsubDebugLog(kTraceSource, "MethodName : " + method);
-  gsubDebugLog(kTraceSource, "Parameters : " + parameters.describe());
+  logExtractStart(kTraceSource, method, parameters);
   rangeStart_ = rangeDate(parameters.named("START_DATE"), kDefaultStartDate);
   rangeEnd_ = rangeDate(parameters.named("END_DATE"), kDefaultEndDate);
   startText_ = databaseDateText(rangeStart_.house());
@@ -145,10 +136,7 @@ std::string Establishment::drivingSql(const std::string&) {
 }
 
 bool Establishment::createBaseRecordset(const std::string&, Recordset& rsData) {
-  rsData = Recordset();
-  for (const ResultField& f : kResultFields) appendResultField(rsData, f.name, f.type, f.size);
-  rsData.open();
-  return rsData.isOpen();
+  return layOutResult(rsData, kResultFields);
 }
 
 bool Establishment::baseLoop(const std::string& method, Recordset& rsData, Recordset& driving) {

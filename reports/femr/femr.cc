@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "component/class_registry.h"
-#include "component/errors/debug_log.h"
 #include "component/ttx_file.h"
 #include "data/data_functions.h"
 #include "data/dialect_functions.h"
@@ -31,11 +30,6 @@ constexpr const char* kTraceSource = "ORVALIS.FEMR";
 constexpr const char* kMissingCode = "N/A";
 constexpr const char* kMissingDescription = "Not Available";
 
-struct ResultField {
-  const char* name;
-  int type;
-  long size;
-};
 constexpr int kText = ado::adVarChar;
 constexpr int kDate = ado::adDate;
 constexpr int kNumber = ado::adDouble;
@@ -149,9 +143,7 @@ void FEMR::resetWorkingState() {
 }
 
 void FEMR::readParameters(const std::string& method, const Parameters& parameters) {
-  gsubDebugLog(kTraceSource, "ORVALIS.FEMR.ExtractData - START");
-  gsubDebugLog(kTraceSource, "MethodName : " + method);
-  gsubDebugLog(kTraceSource, "Parameters : " + parameters.describe());
+  logExtractStart(kTraceSource, method, parameters);
   startText_ = trim(parameters.named("START_DATE"));
   endText_ = trim(parameters.named("END_DATE"));
   queryId_ = trim(parameters.named("QUAL_QUERY_ID"));
@@ -213,7 +205,7 @@ bool FEMR::createBaseRecordset(const std::string&, Recordset& rsData) {
   using femr::Form;
   switch (form_) {
     case Form::Detail:
-      for (const ResultField& f : detailFields(category_)) appendResultField(rsData, f.name, f.type, f.size);
+      appendResultFields(rsData, detailFields(category_));
       break;
     case Form::Summary:
       appendResultField(rsData, "CATEGORY_ID", kText, 10);

@@ -33,12 +33,6 @@ const ReportClassInfo& published() {
   return info;
 }
 
-struct ResultField {
-  const char* name;
-  int type;
-  long size;
-};
-
 constexpr ResultField kSummaryFields[] = {
     {"EMP_ID", ado::adChar, 10},           {"SURNAME", ado::adChar, 40},
     {"FORENAME", ado::adChar, 40},         {"KNOWNAS", ado::adChar, 40},
@@ -145,13 +139,8 @@ bool Holidays::recognises(const std::string& method) const {
 }
 
 bool Holidays::createBaseRecordset(const std::string& method, Recordset& rsData) {
-  rsData = Recordset();
-  const bool detail = isDetail(method);
-  const ResultField* begin = detail ? std::begin(kDetailFields) : std::begin(kSummaryFields);
-  const ResultField* end = detail ? std::end(kDetailFields) : std::end(kSummaryFields);
-  for (const ResultField* f = begin; f != end; ++f) appendResultField(rsData, f->name, f->type, f->size);
-  rsData.open();
-  return rsData.isOpen();
+  if (isDetail(method)) return layOutResult(rsData, kDetailFields);
+  return layOutResult(rsData, kSummaryFields);
 }
 
 void Holidays::dumpVariables(Dump& dump) const {

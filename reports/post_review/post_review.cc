@@ -33,12 +33,6 @@ const ReportClassInfo& published() {
 
 constexpr const char* kSource = "ORVALIS.PostReview";
 
-struct ResultField {
-  const char* name;
-  int type;
-  long size;
-};
-
 constexpr int kText = ado::adVarChar;
 constexpr int kDate = ado::adDate;
 constexpr int kNumber = ado::adDouble;
@@ -124,9 +118,7 @@ void PostReview::resetWorkingState() {
 }
 
 void PostReview::readParameters(const std::string& method, const Parameters& parameters) {
-  gsubDebugLog(kSource, "ORVALIS.PostReview.ExtractData - START");
-  gsubDebugLog(kSource, "MethodName : " + method);
-  gsubDebugLog(kSource, "Parameters : " + parameters.describe());
+  logExtractStart(kSource, method, parameters);
   startText_ = trim(parameters.named("START_DATE"));
   endText_ = trim(parameters.named("END_DATE"));
   queryId_ = trim(parameters.named("QUERY_ID"));
@@ -172,14 +164,8 @@ std::string PostReview::drivingSql(const std::string& method) {
 }
 
 bool PostReview::createBaseRecordset(const std::string& method, Recordset& rsData) {
-  rsData = Recordset();
-  if (jobAnalysis(method)) {
-    for (const ResultField& f : kJobFields) appendResultField(rsData, f.name, f.type, f.size);
-  } else {
-    for (const ResultField& f : kReviewFields) appendResultField(rsData, f.name, f.type, f.size);
-  }
-  rsData.open();
-  return rsData.isOpen();
+  if (jobAnalysis(method)) return layOutResult(rsData, kJobFields);
+  return layOutResult(rsData, kReviewFields);
 }
 
 bool PostReview::baseLoop(const std::string& method, Recordset& rsData, Recordset& driving) {

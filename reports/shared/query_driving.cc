@@ -1,5 +1,6 @@
 #include "reports/shared/query_driving.h"
 
+#include "component/errors/debug_log.h"
 #include "data/data_functions.h"
 #include "query/access_user.h"
 #include "query/sql_builder.h"
@@ -20,6 +21,12 @@ bool openStoredQuery(const std::string& sql, Recordset& rsQuery) {
   return gfncOpenRecordset(sql, rsQuery);
 }
 
+void logExtractStart(const std::string& source, const std::string& method, const Parameters& parameters) {
+  gsubDebugLog(source, source + ".ExtractData - START");
+  gsubDebugLog(source, "MethodName : " + method);
+  gsubDebugLog(source, "Parameters : " + parameters.describe());
+}
+
 void appendResultField(Recordset& rsData, FieldDef field) {
   if (rsData.fieldIndex(field.name) >= 0) {
     throw Error(kErrAlreadyInCollection, "ADODB.Fields",
@@ -34,6 +41,17 @@ void appendResultField(Recordset& rsData, std::string_view name, int type, long 
   field.type = type;
   field.definedSize = definedSize;
   appendResultField(rsData, std::move(field));
+}
+
+void appendResultFields(Recordset& rsData, std::span<const ResultField> fields) {
+  for (const ResultField& f : fields) appendResultField(rsData, f.name, f.type, f.size);
+}
+
+bool layOutResult(Recordset& rsData, std::span<const ResultField> fields) {
+  rsData = Recordset();
+  appendResultFields(rsData, fields);
+  rsData.open();
+  return rsData.isOpen();
 }
 
 void subAddQueryFields(Recordset& rsData, const Recordset& rsQuery) {

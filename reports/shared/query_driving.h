@@ -26,14 +26,20 @@
 // convert arrives as text); any other value is stored as it is, Null as
 // Null.
 //
+// Every report's fixed result layout (its own fields, in order) is a table
+// of ResultField laid out through appendResultFields or layOutResult, under
+// the same layout rule.
+//
 // None of these has an error handler of its own: errors go to the calling
 // report's handler. Single-threaded; a QueryRowCopier belongs to one run.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "component/parameters.h"
 #include "runtime/recordset.h"
 
 namespace orvalis::reports {
@@ -50,10 +56,29 @@ std::string storedQuerySql(const std::string& queryId);
 // it is open. An empty statement leaves rsQuery closed (no rows).
 bool openStoredQuery(const std::string& sql, Recordset& rsQuery);
 
+// The debug-log lines that open such a report's ExtractData, each under
+// `source` ("ORVALIS.<class>"): "<source>.ExtractData - START",
+// "MethodName : <method>", "Parameters : <the parameters described>".
+void logExtractStart(const std::string& source, const std::string& method, const Parameters& parameters);
+
 // Appends one field with default attributes; raises 3367 when the layout
 // already has a field of that name.
 void appendResultField(Recordset& rsData, std::string_view name, int type, long definedSize);
 void appendResultField(Recordset& rsData, FieldDef field);
+
+// One field of a report's fixed result layout: name, ADO type, defined size.
+struct ResultField {
+  const char* name;
+  int type;
+  long size;
+};
+
+// Appends the fields in their order, each through appendResultField.
+void appendResultFields(Recordset& rsData, std::span<const ResultField> fields);
+
+// A report's whole fixed layout: rsData afresh with the fields, opened;
+// whether it is open.
+bool layOutResult(Recordset& rsData, std::span<const ResultField> fields);
 
 // Appends REPORT_ID (adChar, 20) and then every field of rsQuery in its
 // order, with the query field's name, type and defined size (and numeric

@@ -12,6 +12,7 @@
 #include "data/sql_text.h"
 #include "payroll/cpd_factor.h"
 #include "payroll/wte.h"
+#include "reports/shared/query_driving.h"
 #include "runtime/ado.h"
 #include "runtime/basic_date.h"
 #include "runtime/basic_number.h"
@@ -30,12 +31,6 @@ const ReportClassInfo& published() {
 }
 
 constexpr const char* kSource = "SIR_FE";
-
-struct ResultField {
-  const char* name;
-  int type;
-  long size;
-};
 
 constexpr ResultField kListingFields[] = {
     {"EMP_ID", ado::adChar, 10},        {"SURNAME", ado::adChar, 40},        {"FORENAME", ado::adChar, 40},
@@ -122,14 +117,8 @@ std::string SIR_FE::drivingSql(const std::string&) {
 }
 
 bool SIR_FE::createBaseRecordset(const std::string& method, Recordset& rsData) {
-  rsData = Recordset();
-  if (summary(method)) {
-    for (const ResultField& f : kSummaryFields) rsData.appendField(f.name, f.type, f.size);
-  } else {
-    for (const ResultField& f : kListingFields) rsData.appendField(f.name, f.type, f.size);
-  }
-  rsData.open();
-  return rsData.isOpen();
+  if (summary(method)) return layOutResult(rsData, kSummaryFields);
+  return layOutResult(rsData, kListingFields);
 }
 
 void SIR_FE::dumpVariables(Dump& dump) const {

@@ -6,6 +6,9 @@
 // SEQ_ID in front. Constants only; thread-safe.
 #pragma once
 
+#include "reports/shared/query_driving.h"
+#include "runtime/ado.h"
+
 namespace orvalis::reports::hesa {
 
 inline constexpr const char* kPersonTable = "PNLEMPHESAP";
@@ -29,13 +32,10 @@ inline constexpr const char* kReportName = "SIR_DATA";
 inline constexpr const char* kValidatedName = "SIR_HE";
 
 // Result fields, in order, all adChar of fixed length.
-struct ResultField {
-  const char* name;
-  long size;
-};
 inline constexpr ResultField kResultFields[] = {
-    {"REPORT_ID", 20}, {"EMP_ID", 10},     {"KNOWNAS", 40}, {"RECORD_TYPE", 40},
-    {"FIELD_ID", 40},  {"FIELD_DESC", 40}, {"VALUE", 40},   {"ERROR", 40},
+    {"REPORT_ID", ado::adChar, 20},  {"EMP_ID", ado::adChar, 10},     {"KNOWNAS", ado::adChar, 40},
+    {"RECORD_TYPE", ado::adChar, 40}, {"FIELD_ID", ado::adChar, 40},  {"FIELD_DESC", ado::adChar, 40},
+    {"VALUE", ado::adChar, 40},       {"ERROR", ado::adChar, 40},
 };
 enum ResultColumn { kReportId, kEmpId, kKnownAs, kRecordType, kFieldId, kFieldDesc, kValue, kError };
 

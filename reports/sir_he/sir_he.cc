@@ -86,10 +86,7 @@ void SIR_HE::runExtract(const std::string& method, Recordset& rsData, Steps& ste
 }
 
 bool SIR_HE::createBaseRecordset(const std::string&, Recordset& rsData) {
-  rsData = Recordset();
-  for (const ResultField& f : kResultFields) rsData.appendField(f.name, ado::adChar, f.size);
-  rsData.open();
-  return rsData.isOpen();
+  return layOutResult(rsData, kResultFields);
 }
 
 void SIR_HE::dumpVariables(Dump& dump) const { dump.item("STRSQL = ", sql_); }

@@ -11,6 +11,7 @@
 #include "data/data_functions.h"
 #include "data/dialect_functions.h"
 #include "data/sql_text.h"
+#include "reports/shared/query_driving.h"
 #include "runtime/ado.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
@@ -28,12 +29,6 @@ const ReportClassInfo& published() {
 }
 
 constexpr const char* kSource = "TrainingCosts";
-
-struct ResultField {
-  const char* name;
-  int type;
-  long size;
-};
 
 constexpr ResultField kListingFields[] = {
     {"EMP_ID", ado::adChar, 10},       {"SURNAME", ado::adChar, 40},       {"FORENAME", ado::adChar, 40},
@@ -104,14 +99,8 @@ std::string TrainingCosts::drivingSql(const std::string&) {
 }
 
 bool TrainingCosts::createBaseRecordset(const std::string& method, Recordset& rsData) {
-  rsData = Recordset();
-  if (method == kSummary) {
-    for (const ResultField& f : kSummaryFields) rsData.appendField(f.name, f.type, f.size);
-  } else {
-    for (const ResultField& f : kListingFields) rsData.appendField(f.name, f.type, f.size);
-  }
-  rsData.open();
-  return rsData.isOpen();
+  if (method == kSummary) return layOutResult(rsData, kSummaryFields);
+  return layOutResult(rsData, kListingFields);
 }
 
 void TrainingCosts::dumpVariables(Dump& dump) const {
