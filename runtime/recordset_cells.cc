@@ -127,7 +127,7 @@ void CellStore::putText(Cell& c, std::string_view s) {
   if (s.size() <= kShortText) {
     n.b[0] = static_cast<unsigned char>(CellKind::ShortText);
     n.b[1] = static_cast<unsigned char>(s.size());
-    std::memcpy(n.b + 2, s.data(), s.size());
+    if (!s.empty()) std::memcpy(n.b + 2, s.data(), s.size());  // an empty view may hold no pointer
   } else {
     if (s.size() > std::numeric_limits<uint32_t>::max()) raiseOverflow(kSource);
     n.b[0] = static_cast<unsigned char>(CellKind::LongText);

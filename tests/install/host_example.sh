@@ -17,12 +17,16 @@ for f in include/orvalis/component/class_registry.h include/orvalis/data/standal
   [ -f "$prefix/$f" ] || { echo "not installed: $f"; exit 1; }
 done
 
-cmake -S "$source/examples/host" -B "$scratch/host" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cxxflags=${ORVALIS_HOST_CXXFLAGS:-}
+ldflags=${ORVALIS_HOST_LDFLAGS:-}
+cmake -S "$source/examples/host" -B "$scratch/host" -DCMAKE_PREFIX_PATH="$prefix" \
+  "-DCMAKE_CXX_FLAGS=$cxxflags" "-DCMAKE_EXE_LINKER_FLAGS=$ldflags" >/dev/null
 cmake --build "$scratch/host" >/dev/null
 PKG_CONFIG_PATH=$prefix/lib/pkgconfig
 export PKG_CONFIG_PATH
 # shellcheck disable=SC2046
-g++ -o "$scratch/host-pc" "$source/examples/host/main.cc" $(pkg-config --cflags --libs orvalis)
+# shellcheck disable=SC2086
+g++ $cxxflags -o "$scratch/host-pc" "$source/examples/host/main.cc" $(pkg-config --cflags --libs orvalis) $ldflags
 
 "$prefix/bin/orvalis" --work-dir "$scratch/work" demo-db --employees 40 --seed 7 --quiet >/dev/null
 url=sqlite:$scratch/work/demo.db
