@@ -6,6 +6,7 @@
 
 #include <map>
 
+#include "engine_report_fixture.h"
 #include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/dictionary.h"
@@ -23,15 +24,10 @@ namespace {
 
 using reports::CheckLists;
 
-class CheckListsTest : public ::testing::TestWithParam<test::Engine> {
+class CheckListsTest : public EngineReportTest {
  protected:
   void SetUp() override {
-    db_ = std::make_unique<test::ScratchDatabase>(GetParam());
-    env_ = test::installEnvironment(db_->url());
-    createSchema(env_->hrConnection());
-    clearDictionaryCache();
-    clearControlCache();
-    errors_ = installRecordingErrorComponent();
+    EngineReportTest::SetUp();
     exec("INSERT INTO PNLEMPMST (VARIATION_ID, EMP_ID, SURNAME, DEPT_ID, MAN_ID, DATE_START, DATE_LEFT) VALUES "
          "('ORV01', 'E1', 'Smith', 'D1', 'M1', '2024-08-31', NULL), "
          "('ORV01', 'E2', 'Jones', 'D1', NULL, '2010-01-01', NULL)");
@@ -63,15 +59,6 @@ class CheckListsTest : public ::testing::TestWithParam<test::Engine> {
          "('ORV01', 'E2', 'ODD', 1, NULL, NULL, NULL, 'O'), "
          "('ORV01', 'E2', 'JOIN', 9, NULL, NULL, NULL, 'O')");
   }
-  void TearDown() override {
-    HREnvironment::set(nullptr);
-    setErrorComponentFactory(nullptr);
-    env_.reset();
-    db_.reset();
-    clearDictionaryCache();
-    clearControlCache();
-  }
-  void exec(const std::string& sql) { env_->hrConnection().execute(sql); }
   // "EMP/LIST/SEQ" -> field -> text, for the rows of a run.
   std::map<std::string, std::map<std::string, std::string>> run(const std::vector<Value>& params) {
     clock::Pinned today(*parseDate("2025-03-10"));
@@ -95,9 +82,6 @@ class CheckListsTest : public ::testing::TestWithParam<test::Engine> {
     return k;
   }
 
-  std::unique_ptr<test::ScratchDatabase> db_;
-  std::shared_ptr<StandaloneEnvironment> env_;
-  std::shared_ptr<ErrorRecorder> errors_;
 };
 
 TEST_P(CheckListsTest, DueDatesStatusAndDaysOverdueAsAtADay) {

@@ -6,6 +6,7 @@
 
 #include <map>
 
+#include "engine_report_fixture.h"
 #include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/dictionary.h"
@@ -42,15 +43,10 @@ TEST(EstablishmentSql, SqlServerAndOracleDrivingTexts) {
             std::string::npos);
 }
 
-class EstablishmentTest : public ::testing::TestWithParam<test::Engine> {
+class EstablishmentTest : public EngineReportTest {
  protected:
   void SetUp() override {
-    db_ = std::make_unique<test::ScratchDatabase>(GetParam());
-    env_ = test::installEnvironment(db_->url());
-    createSchema(env_->hrConnection());
-    clearDictionaryCache();
-    clearControlCache();
-    errors_ = installRecordingErrorComponent();
+    EngineReportTest::SetUp();
     exec("INSERT INTO PNLEMPMST (VARIATION_ID, EMP_ID, SURNAME, FORENAME, KNOWNAS, SEX_ID, NATIONALITY_ID) VALUES "
          "('ORV01', 'E1', 'Smith', 'Ann', 'Q', 'F', 'ZZ'), ('ORV01', 'E2', 'Jones', 'Bob', 'Q', 'M', ''), "
          "('ORV01', 'E3', 'Brown', 'Cy', 'X', 'M', NULL)");
@@ -81,15 +77,6 @@ class EstablishmentTest : public ::testing::TestWithParam<test::Engine> {
     exec("INSERT INTO ADMGRIDD (CODE_ID, ITEM_ID, INCLUDE_YN, COLUMN_POSITION, QUERY_FUNCTION, QUERY_VALUE) "
          "VALUES ('ESTQ', 'PNLEMPMST.KNOWNAS', 'N', 0, 'EQ', 'Q')");
   }
-  void TearDown() override {
-    HREnvironment::set(nullptr);
-    setErrorComponentFactory(nullptr);
-    env_.reset();
-    db_.reset();
-    clearDictionaryCache();
-    clearControlCache();
-  }
-  void exec(const std::string& sql) { env_->hrConnection().execute(sql); }
   void post(const std::string& emp, int seq, const std::string& job, const std::string& start, const std::string& end,
             const std::string& dept = "NULL", const std::string& type = "NULL", double hours = 37.5,
             double factor = 1) {
@@ -117,9 +104,6 @@ class EstablishmentTest : public ::testing::TestWithParam<test::Engine> {
     return rows;
   }
 
-  std::unique_ptr<test::ScratchDatabase> db_;
-  std::shared_ptr<StandaloneEnvironment> env_;
-  std::shared_ptr<ErrorRecorder> errors_;
 };
 
 TEST_P(EstablishmentTest, KeepsJobsOverlappingTheRangeOfEmployeesOnTheQuery) {

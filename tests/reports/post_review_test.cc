@@ -6,6 +6,7 @@
 
 #include <map>
 
+#include "engine_report_fixture.h"
 #include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/dictionary.h"
@@ -72,15 +73,10 @@ TEST(PostFigures, PaidSalaryAppliesTheRuleAsGfncWteDoes) {
   EXPECT_EQ(PostReview::paidSalary(rules, "NOPE", 30000, 0, 0, std::nullopt).salary, 30000);
 }
 
-class PostReviewTest : public ::testing::TestWithParam<test::Engine> {
+class PostReviewTest : public EngineReportTest {
  protected:
   void SetUp() override {
-    db_ = std::make_unique<test::ScratchDatabase>(GetParam());
-    env_ = test::installEnvironment(db_->url());
-    createSchema(env_->hrConnection());
-    clearDictionaryCache();
-    clearControlCache();
-    errors_ = installRecordingErrorComponent();
+    EngineReportTest::SetUp();
     exec("INSERT INTO PNLEMPMST (VARIATION_ID, EMP_ID, SURNAME, FORENAME, KNOWNAS, DATE_START, DATE_LEFT) VALUES "
          "('ORV01', 'E1', 'Smith', 'Ann', 'Annie', '2025-07-01', NULL), "
          "('ORV01', 'E2', 'Jones', 'Bob', 'Bob', '2010-01-01', NULL), "
@@ -111,15 +107,6 @@ class PostReviewTest : public ::testing::TestWithParam<test::Engine> {
          "('ORV01', 'E3', 1, 'R', 'J1', 'Clerk', NULL, NULL, '2020-01-01', '2025-03-31', NULL, NULL, NULL, NULL, "
          "'FT', 37.5, 52, 1, 29200)");
   }
-  void TearDown() override {
-    HREnvironment::set(nullptr);
-    setErrorComponentFactory(nullptr);
-    env_.reset();
-    db_.reset();
-    clearDictionaryCache();
-    clearControlCache();
-  }
-  void exec(const std::string& sql) { env_->hrConnection().execute(sql); }
   // The rows as field -> text, in report order.
   std::vector<std::map<std::string, std::string>> run(const std::string& method, const std::vector<Value>& params,
                                                       bool expected = true) {
@@ -140,9 +127,6 @@ class PostReviewTest : public ::testing::TestWithParam<test::Engine> {
     return rows;
   }
 
-  std::unique_ptr<test::ScratchDatabase> db_;
-  std::shared_ptr<StandaloneEnvironment> env_;
-  std::shared_ptr<ErrorRecorder> errors_;
 };
 
 TEST_P(PostReviewTest, ThreeDatesDueGiveThreeRowsInDueOrder) {

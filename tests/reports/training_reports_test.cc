@@ -6,6 +6,7 @@
 
 #include <map>
 
+#include "engine_report_fixture.h"
 #include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/dictionary.h"
@@ -46,15 +47,10 @@ TEST(CpdFactorDays, InsideSpanningDisjointReversedAsTheDatedForm) {
   }
 }
 
-class TrainingReportsTest : public ::testing::TestWithParam<test::Engine> {
+class TrainingReportsTest : public EngineReportTest {
  protected:
   void SetUp() override {
-    db_ = std::make_unique<test::ScratchDatabase>(GetParam());
-    env_ = test::installEnvironment(db_->url());
-    createSchema(env_->hrConnection());
-    clearDictionaryCache();
-    clearControlCache();
-    errors_ = installRecordingErrorComponent();
+    EngineReportTest::SetUp();
     exec("INSERT INTO PNLEMPMST (VARIATION_ID, EMP_ID, SURNAME, KNOWNAS, DEPT_ID, LOC_ID) VALUES "
          "('ORV01', 'E1', 'Ash', 'Al', 'D1', 'L1'), ('ORV01', 'E2', 'Birch', 'Bo', 'D1', 'L1'), "
          "('ORV01', 'E3', 'Cedar', 'Cy', 'D2', 'L1'), ('ORV01', 'E4', 'Dogwood', 'Di', 'D4', 'L1'), "
@@ -90,15 +86,6 @@ class TrainingReportsTest : public ::testing::TestWithParam<test::Engine> {
     event("E3", 2, "3", "C1", "2024-12-01", "'2024-12-02'", "2", "12", "B", "200", "0", "0", "'Y'");
     event("E4", 1, "1", "C1", "2024-09-10", "NULL", "1", "6", "B", "80", "0", "0", "'Y'");
   }
-  void TearDown() override {
-    HREnvironment::set(nullptr);
-    setErrorComponentFactory(nullptr);
-    env_.reset();
-    db_.reset();
-    clearDictionaryCache();
-    clearControlCache();
-  }
-  void exec(const std::string& sql) { env_->hrConnection().execute(sql); }
   void post(const std::string& emp, int seq, const std::string& job, const std::string& start, const std::string& end,
             const std::string& dept, const std::string& wte, double hours, double factor) {
     exec("INSERT INTO PNLEMPHST (VARIATION_ID, EMP_ID, SEQ_ID, JOB_ID, START_DATE, END_DATE, DEPT_ID, LOC_ID, "
@@ -146,9 +133,6 @@ class TrainingReportsTest : public ::testing::TestWithParam<test::Engine> {
     });
   }
 
-  std::unique_ptr<test::ScratchDatabase> db_;
-  std::shared_ptr<StandaloneEnvironment> env_;
-  std::shared_ptr<ErrorRecorder> errors_;
 };
 
 TEST_P(TrainingReportsTest, CpdContractsFactorsAndHoursSplitByDays) {
