@@ -28,6 +28,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "runtime/progress.h"
@@ -66,27 +67,36 @@ std::string recordsetText(const Recordset& rs, OutputFormat format, bool result,
 // (xlsx to a terminal).
 void checkOutputTarget(OutputFormat format, const std::string& outPath);
 
-// Calls visit(row accessor) for each row the cursor would visit, and
-// reports the rows written to the current progress task.
+// Calls visit(source, row) for each row the cursor would visit, where
+// source.at(row, i) and the other direct accessors read the row's cells, and
+// reports the rows written to the current progress task. source is rs itself
+// unless a filter or sort applies (then a snapshot, so that the caller's
+// cursor stays put).
 template <typename Visit>
-void forEachRow(const Recordset& rs, Visit visit) {
+void forEachStoredRow(const Recordset& rs, Visit visit) {
   constexpr long kStep = 256;
   if (rs.filter().empty() && rs.sort().empty()) {
     const long rows = rs.rowCount();
     for (long row = 0; row < rows; ++row) {
       if (row % kStep == 0) progressStep(static_cast<double>(row), static_cast<double>(rows), "writing");
-      visit([&](int i) { return rs.at(row, i); });
+      visit(rs, row);
     }
     return;
   }
-  Recordset view = rs;  // a snapshot, so that the caller's cursor stays put
+  Recordset view = rs;
   const long rows = view.recordCount();
   if (rows == 0) return;
   long done = 0;
   for (view.moveFirst(); !view.eof(); view.moveNext(), ++done) {
     if (done % kStep == 0) progressStep(static_cast<double>(done), static_cast<double>(rows), "writing");
-    visit([&](int i) { return view.get(i); });
+    visit(std::as_const(view), view.currentRow());
   }
+}
+
+// forEachStoredRow with a row accessor: visit(get), get(i) the i-th value.
+template <typename Visit>
+void forEachRow(const Recordset& rs, Visit visit) {
+  forEachStoredRow(rs, [&](const Recordset& source, long row) { visit([&](int i) { return source.at(row, i); }); });
 }
 
 }  // namespace orvalis::cli

@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <ostream>
-#include <sstream>
 #include <vector>
 
 #include "data/dialect.h"
@@ -37,6 +37,7 @@ constexpr int kNotesShown = 5;
 struct Column {
   lxw_format* number = nullptr;  // numbers; nullptr keeps the general format
   double width = 10;
+  bool text = false;  // a text field
 };
 
 bool isFloatingType(int type) { return type == ado::adSingle || type == ado::adDouble; }
@@ -80,11 +81,50 @@ std::string lineBreaks(std::string text) {
   return replace(replace(text, "\r\n", "\n"), "\r", "\n");
 }
 
+// True when a text goes into a cell as it is: ASCII without control
+// characters other than tab and line feed (the common case, read in place).
+bool isPlainText(std::string_view text) {
+  for (char c : text) {
+    const auto b = static_cast<unsigned char>(c);
+    if (b >= 0x7F || (b < 0x20 && b != '\t' && b != '\n')) return false;
+  }
+  return true;
+}
+
+// A date as the sheet's day number, which is the OLE serial from 1 March
+// 1900 on (the spreadsheet counts a 29 February 1900 that never was, so
+// the first two months of 1900 go through libxlsxwriter's own conversion);
+// a date before 1900, which a spreadsheet cannot hold, is written as text.
+lxw_error writeDate(lxw_worksheet* sheet, lxw_row_t row, lxw_col_t col, DateTime d, lxw_format* format) {
+  static const int64_t firstDay = daysFromCivil(1900, 1, 1), march1900 = daysFromCivil(1900, 3, 1);
+  if (d.days() >= march1900) return worksheet_write_number(sheet, row, col, d.serial(), format);
+  if (d.days() < firstDay) {
+    return worksheet_write_string(sheet, row, col, (d.hasTime() ? d.house() + d.iso().substr(10) : d.house()).c_str(),
+                                  nullptr);
+  }
+  lxw_datetime when{d.year(), d.month(), d.day(), d.hour(), d.minute(), static_cast<double>(d.second())};
+  return worksheet_write_datetime(sheet, row, col, &when, format);
+}
+
+std::string readWhole(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::error_code ec;
+  const auto size = fs::file_size(path, ec);
+  std::string bytes(ec ? 0 : size, '\0');
+  if (ec || !in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()))) {
+    throw Error(err::kPathFileAccess, "orvalis", "cannot read back " + path.string());
+  }
+  return bytes;
+}
+
 class Workbook {
  public:
-  Workbook(const fs::path& file, const ReportHeading& heading) {
+  Workbook(const fs::path& file, const ReportHeading& heading) : tmpdir_(file.parent_path().string()) {
+    // The rows wait in temporary files next to the workbook (the system's
+    // temporary folder, $TMPDIR) until the sheet is packed.
     lxw_workbook_options options{};
     options.constant_memory = LXW_TRUE;
+    options.tmpdir = tmpdir_.data();
     book_ = workbook_new_opt(file.c_str(), &options);
     if (book_ == nullptr) throw Error(err::kPathFileAccess, "orvalis", "cannot create the spreadsheet " + file.string());
     lxw_doc_properties properties{};
@@ -117,6 +157,7 @@ class Workbook {
   }
 
  private:
+  std::string tmpdir_;
   lxw_workbook* book_ = nullptr;
   lxw_worksheet* sheet_ = nullptr;
 };
@@ -158,16 +199,26 @@ std::string recordsetXlsx(const Recordset& rs, const ReportHeading& heading, std
     lxw_format* header = book.format(nullptr, true);
     lxw_format* date = book.format("dd/mm/yyyy");
     lxw_format* dateTime = book.format("dd/mm/yyyy hh:mm:ss");
+    // One format for each number format: libxlsxwriter hashes a format's
+    // properties on every cell it writes with it unless the format is the
+    // first with those properties.
+    std::map<int, lxw_format*> numberFormats;
 
     const int n = rs.fieldCount();
     std::vector<Column> columns(static_cast<size_t>(n));
     for (int i = 0; i < n; ++i) {
       const FieldDef& f = rs.field(i);
       Column& c = columns[static_cast<size_t>(i)];
+      c.text = ado::isTextType(f.type);
       c.width = columnWidth(f);
-      int decimals = numberDecimals(f);
-      if (decimals == 0) c.number = book.format("0");
-      if (decimals > 0) c.number = book.format(("0." + std::string(static_cast<size_t>(decimals), '0')).c_str());
+      const int decimals = numberDecimals(f);
+      if (decimals >= 0) {
+        lxw_format*& shared = numberFormats[decimals];
+        if (shared == nullptr) {
+          shared = book.format(decimals == 0 ? "0" : ("0." + std::string(static_cast<size_t>(decimals), '0')).c_str());
+        }
+        c.number = shared;
+      }
       worksheet_set_column(sheet, static_cast<lxw_col_t>(i), static_cast<lxw_col_t>(i), c.width, nullptr);
       std::string name = xmlSafeText(f.name);
       worksheet_write_string(sheet, 0, static_cast<lxw_col_t>(i), name.c_str(), header);
@@ -179,16 +230,42 @@ std::string recordsetXlsx(const Recordset& rs, const ReportHeading& heading, std
 
     lxw_row_t row = 0;
     long cut = 0;
-    forEachRow(rs, [&](auto get) {
+    std::string text, scratch;
+    // Writes a text cell: made safe for XML, line breaks as LF, cut to
+    // what a cell holds. An empty text is no cell, as libxlsxwriter does.
+    auto writeText = [&](lxw_col_t col, std::string_view value) -> lxw_error {
+      if (value.empty()) return LXW_NO_ERROR;
+      if (isPlainText(value)) {
+        text.assign(value);
+      } else {
+        text = lineBreaks(xmlSafeText(value));
+      }
+      if (text.size() > kCellTextMax) {
+        if (++cut <= kNotesShown) {
+          notes << "orvalis: note: row " << row << ", field " << rs.field(static_cast<int>(col)).name << ": a text of "
+                << text.size() << " bytes cut to " << kCellTextMax << " (the most a spreadsheet cell holds)\n";
+        }
+        text = cutText(std::move(text), kCellTextMax);
+      }
+      return worksheet_write_string(sheet, row, col, text.c_str(), nullptr);
+    };
+    forEachStoredRow(rs, [&](const Recordset& source, long stored) {
       ++row;
       if (row > LXW_ROW_MAX - 1) {
         throw Error(err::kOverflow, "orvalis", "the report has more rows than a spreadsheet holds (" +
                                                     std::to_string(LXW_ROW_MAX - 1) + ")");
       }
       for (int i = 0; i < n; ++i) {
-        const Value v = get(i);
         const auto col = static_cast<lxw_col_t>(i);
+        const Column& c = columns[static_cast<size_t>(i)];
         lxw_error error = LXW_NO_ERROR;
+        if (c.text) {
+          // A text field holds texts and Nulls only: its bytes are read in place.
+          if (!source.isNullAt(stored, i)) error = writeText(col, source.textViewAt(stored, i, scratch));
+          if (error != LXW_NO_ERROR) fail("row " + std::to_string(row) + ", field " + rs.field(i).name, error);
+          continue;
+        }
+        const Value v = source.at(stored, i);
         switch (v.kind()) {
           case Value::Kind::Empty:
           case Value::Kind::Null:
@@ -197,38 +274,21 @@ std::string recordsetXlsx(const Recordset& rs, const ReportHeading& heading, std
             error = worksheet_write_boolean(sheet, row, col, v.asBool() ? 1 : 0, nullptr);
             break;
           case Value::Kind::Integer:
-            error = worksheet_write_number(sheet, row, col, static_cast<double>(v.asInteger()),
-                                           columns[static_cast<size_t>(i)].number);
+            error = worksheet_write_number(sheet, row, col, static_cast<double>(v.asInteger()), c.number);
             break;
           case Value::Kind::Double:
             if (std::isfinite(v.asDouble())) {
-              error = worksheet_write_number(sheet, row, col, v.asDouble(), columns[static_cast<size_t>(i)].number);
+              error = worksheet_write_number(sheet, row, col, v.asDouble(), c.number);
             } else {
               error = worksheet_write_string(sheet, row, col, v.text().c_str(), nullptr);
             }
             break;
-          case Value::Kind::Date: {
-            const DateTime d = v.asDate();
-            if (d.year() < 1900) {
-              error = worksheet_write_string(sheet, row, col, (d.hasTime() ? d.house() + d.iso().substr(10) : d.house()).c_str(), nullptr);
-              break;
-            }
-            lxw_datetime when{d.year(), d.month(), d.day(), d.hour(), d.minute(), static_cast<double>(d.second())};
-            error = worksheet_write_datetime(sheet, row, col, &when, d.hasTime() ? dateTime : date);
+          case Value::Kind::Date:
+            error = writeDate(sheet, row, col, v.asDate(), v.asDate().hasTime() ? dateTime : date);
             break;
-          }
-          case Value::Kind::Text: {
-            std::string text = lineBreaks(xmlSafeText(v.asText()));
-            if (text.size() > kCellTextMax) {
-              if (++cut <= kNotesShown) {
-                notes << "orvalis: note: row " << row << ", field " << rs.field(i).name << ": a text of "
-                      << text.size() << " bytes cut to " << kCellTextMax << " (the most a spreadsheet cell holds)\n";
-              }
-              text = cutText(std::move(text), kCellTextMax);
-            }
-            error = worksheet_write_string(sheet, row, col, text.c_str(), nullptr);
+          case Value::Kind::Text:
+            error = writeText(col, v.asText());
             break;
-          }
         }
         if (error != LXW_NO_ERROR) fail("row " + std::to_string(row) + ", field " + rs.field(i).name, error);
       }
@@ -236,11 +296,7 @@ std::string recordsetXlsx(const Recordset& rs, const ReportHeading& heading, std
     if (cut > kNotesShown) notes << "orvalis: note: " << cut - kNotesShown << " more texts cut likewise\n";
     book.close();
   }
-  std::ifstream in(file.path, std::ios::binary);
-  std::ostringstream bytes;
-  bytes << in.rdbuf();
-  if (!in && !in.eof()) throw Error(err::kPathFileAccess, "orvalis", "cannot read back " + file.path.string());
-  return bytes.str();
+  return readWhole(file.path);
 }
 
 }  // namespace orvalis::cli

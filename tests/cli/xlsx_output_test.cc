@@ -47,10 +47,13 @@ class XlsxOutput : public ::testing::Test {
     return status == 0 ? "" : text.str() + "(status " + std::to_string(status) + ")";
   }
 
-  static std::string written(const Recordset& rs, const std::string& name, std::ostream& notes) {
+  // rs written as a workbook and checked against the JSON of `expected`
+  // (rs itself when not given).
+  static std::string written(const Recordset& rs, const std::string& name, std::ostream& notes,
+                             const Recordset* expected = nullptr) {
     const ReportHeading heading{"ORVALIS.TEST " + name, name, "ORV01", {}};
     std::ofstream(*dir_ / (name + ".xlsx"), std::ios::binary) << recordsetXlsx(rs, heading, notes);
-    std::ofstream(*dir_ / (name + ".json")) << recordsetJson(rs, true).dump();
+    std::ofstream(*dir_ / (name + ".json")) << recordsetJson(expected ? *expected : rs, true).dump();
     return mismatches(*dir_ / (name + ".xlsx"), *dir_ / (name + ".json"), heading.title, name);
   }
 
@@ -85,6 +88,8 @@ TEST_F(XlsxOutput, EveryTypeAndNullReadsBack) {
       {"", -42, 0, -0.005, 1e9, -1e-7, false, date(1900, 1, 1), date(2099, 12, 31, 23, 59, 59), huge},
       {"O'Brien & <Co> \"q\"", 0, 1, 0.0, 3.0, 1.0 / 3, true, date(1899, 12, 30), date(1850, 6, 1, 8),
        std::string("bell\a tab\t nul") + '\0' + " \xEF\xBF\xBE r\xC3\xA9sum\xC3\xA9 \xF0\x9F\x98\x80 line\r\nbreak"},
+      // Either side of the spreadsheet's 29 February 1900.
+      {"x\ty", 7, -1, 0.5, 2.5, 0.25, false, date(1900, 2, 28), date(1900, 3, 1, 6), "\xC3\xA9"},
   };
   for (const auto& row : rows) {
     rs.addNew();
@@ -99,6 +104,22 @@ TEST_F(XlsxOutput, EveryTypeAndNullReadsBack) {
   for (const FieldDef& f : rs.fields()) empty.appendField(f);
   empty.open();
   EXPECT_EQ(written(empty, "NO_ROWS", notes), "");
+
+  // A filter and a sort: the rows the cursor visits, in its order.
+  Recordset sorted = empty, expected = empty;
+  for (int n : {3, 1, 4, 2}) {
+    sorted.addNew();
+    sorted.set("COUNT", n);
+    sorted.set("NAME", "row " + std::to_string(n));
+  }
+  for (int n : {4, 3, 1}) {
+    expected.addNew();
+    expected.set("COUNT", n);
+    expected.set("NAME", "row " + std::to_string(n));
+  }
+  sorted.setFilter("COUNT <> 2");
+  sorted.setSort("COUNT DESC");
+  EXPECT_EQ(written(sorted, "SORTED", notes, &expected), "");
 }
 
 TEST(XlsxSheetName, CharactersASheetCannotHoldAreReplaced) {
