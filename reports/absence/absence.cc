@@ -19,6 +19,7 @@
 #include "runtime/basic_date.h"
 #include "runtime/basic_number.h"
 #include "runtime/basic_string.h"
+#include "runtime/progress.h"
 
 namespace orvalis::reports {
 
@@ -195,6 +196,7 @@ bool Absence::fncBaseLoop(const std::string& method, Recordset& rsData, Recordse
     };
     std::array<LastCode, std::size(kListingFields)> lastCodes;
     for (long row = 0; row < drv.rowCount(); ++row) {
+      progressStep(static_cast<double>(row), static_cast<double>(drv.rowCount()));
       auto absence = [&] {
         const std::string empId = trim(drv.textAt(row, cEmp));
         const bool sameEmployee = lastDepartment != nullptr && empId == lastEmpId;

@@ -28,6 +28,7 @@
 #include "runtime/basic_date.h"
 #include "runtime/basic_number.h"
 #include "runtime/basic_string.h"
+#include "runtime/progress.h"
 #include "runtime/error.h"
 #include "runtime/text_file.h"
 #include "runtime/work_folder.h"
@@ -558,6 +559,7 @@ void Analysis::run(const Recordset& drv, Recordset& rsData) {
             fPost = drv.fieldIndex("POST_SEQ_ID");
   std::unordered_map<std::string, std::pair<std::string, std::string>> typeInfo;  // whole days, day type
   for (long row = 0; row < drv.rowCount(); ++row) {
+    progressStep(static_cast<double>(row), static_cast<double>(drv.rowCount()));
     const std::string emp = trim(drv.textAt(row, fEmp));
     auto st = staff_.find(emp);
     if (st == staff_.end()) continue;

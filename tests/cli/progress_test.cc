@@ -41,6 +41,12 @@ TEST(ProgressLine, ShownOnATerminalOnlyAndErasedAtTheEnd) {
   EXPECT_NE(report.find(" rows (0%), "), std::string::npos) << report;
   EXPECT_EQ(report.back(), '\r') << "the line is erased when the command ends";
 
+  // A report that walks its own driving rows shows them while it computes,
+  // before it writes.
+  const std::string listing = "extract Absence LISTING START_DATE=01/01/2000 END_DATE=31/12/2099 --format csv";
+  const std::string computing = onTerminal(listing + " --out l.csv", dir);
+  EXPECT_NE(computing.find("\rextract Absence LISTING: 0 of "), std::string::npos) << computing;
+
   // A workbook never goes to a terminal.
   const std::string xlsx = onTerminal("extract TrainingCosts TRAINING_COSTS --format xlsx", dir);
   EXPECT_NE(xlsx.find("--format xlsx writes a binary file: give --out FILE.xlsx"), std::string::npos) << xlsx;
@@ -48,7 +54,8 @@ TEST(ProgressLine, ShownOnATerminalOnlyAndErasedAtTheEnd) {
   // Through pipes: no line at all.
   for (const auto& args : std::vector<std::vector<std::string>>{
            {"demo-db", "--employees", "40", "--seed", "7", "--replace"},
-           {"extract", "TrainingCosts", "TRAINING_COSTS", "--format", "csv", "--out", (dir / "p.csv").string()}}) {
+           {"extract", "TrainingCosts", "TRAINING_COSTS", "--format", "csv", "--out", (dir / "p.csv").string()},
+           {"extract", "Absence", "LISTING", "START_DATE=01/01/2000", "END_DATE=31/12/2099", "--format", "csv"}}) {
     CliResult r = runCli(args, dir.string());
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.err.find('\r'), std::string::npos) << r.err;
