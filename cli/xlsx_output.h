@@ -26,7 +26,8 @@
 // header row alone.
 //
 // The workbook is built in libxlsxwriter's constant-memory mode (one row
-// in memory at a time, in a temporary file) and returned as bytes.
+// in memory at a time, the rest in temporary files in the system's
+// temporary folder, $TMPDIR) and returned as bytes.
 #pragma once
 
 #include <iosfwd>
