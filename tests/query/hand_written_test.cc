@@ -52,9 +52,7 @@ TEST_F(HandWritten, HeaderNormalisation) {
 }
 
 TEST_F(HandWritten, ColumnsAndUserDefinedFields) {
-  db().grid("Q", "PNLEMPMST", "X");
-  db().gridColumn("Q", "PNLEMPMST.SURNAME", 1);
-  db().criterion("Q", "PNLEMPMST.UDF_SHOE", "EQ", "9");
+  db().query("Q", "PNLEMPMST", "X", {"PNLEMPMST.SURNAME"}, {{"PNLEMPMST.UDF_SHOE", "EQ", "9"}});
   EXPECT_TRUE(gfncGridFieldEntity("Q", "SURNAME"));
   EXPECT_FALSE(gfncGridFieldEntity("Q", "UDF_SHOE"));  // a criterion, not a column
   EXPECT_TRUE(gfncQueryHasUDF("Q"));
@@ -105,8 +103,7 @@ TEST_F(HandWritten, SelfServiceFormWithoutStructureComparesItsVariation) {
 }
 
 TEST_F(HandWritten, BuildErrorsCarryTheBuildersVariables) {
-  db().grid("BAD", "PNLEMPMST", "X");
-  db().criterion("BAD", "PNLEMPMST.SALARY", "NB", "5");
+  db().query("BAD", "PNLEMPMST", "X", {}, {{"PNLEMPMST.SALARY", "NB", "5"}});
   try {
     db().build("BAD");
     FAIL() << "no error";

@@ -92,6 +92,15 @@ void QueryDatabase::criterion(const std::string& code, const std::string& item, 
        q(item) + ", 'N', " + q(function) + ", " + q(value) + ")");
 }
 
+void QueryDatabase::query(const std::string& code, const std::string& entity, const std::string& type,
+                          const std::vector<std::string>& columns,
+                          const std::vector<std::array<std::string, 3>>& criteria) {
+  grid(code, entity, type);
+  int position = 0;
+  for (const std::string& item : columns) gridColumn(code, item, ++position);
+  for (const auto& [item, function, value] : criteria) criterion(code, item, function, value);
+}
+
 void QueryDatabase::note(int seq, const std::string& text, const std::string& title) {
   exec("insert into ADMNOTE (SEQ_ID, VARIATION_ID, TITLE_TEXT, NOTE_TEXT) values (" + std::to_string(seq) +
        ", 'ORV01', " + qOrNull(title) + ", " + q(text) + ")");
