@@ -1,14 +1,18 @@
 // Whole-time equivalence: the factor of each operator, the salary rounding
 // to the rule's step and to pence, the keyed text read and written by
 // gfncWTE against the rules of PNLWTE; and the CPD factor's day counting.
+#include "payroll/wte.h"
+
 #include <gtest/gtest.h>
+
+#include <optional>
 
 #include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"
 #include "payroll/cpd_factor.h"
-#include "payroll/wte.h"
+#include "runtime/basic_date.h"
 #include "runtime/keyed_text.h"
 #include "schema/schema.h"
 #include "support/databases.h"
@@ -33,31 +37,39 @@ WteCalculation run(const WteRule& rule, double salary, double hours = 0, double 
   return c;
 }
 
-TEST(WteRule, FactorOfEachOperator) {
-  EXPECT_DOUBLE_EQ(run({"P", "", 50, 0, 0}, 20000).factor, 0.5);
-  EXPECT_DOUBLE_EQ(run({"P", "", 50, 0, 0}, 20000).salary, 10000);
-  EXPECT_DOUBLE_EQ(run({"H", "", 37.5, 0, 0}, 30000, 15).salary, 12000);
-  EXPECT_DOUBLE_EQ(run({"W", "", 0, 52, 0}, 26000, 0, 39).factor, 0.75);
-  auto c = run({"C", "", 37.5, 52, 0}, 52000, 18.75, 39);
-  EXPECT_DOUBLE_EQ(c.factor, 0.375);
-  EXPECT_DOUBLE_EQ(c.salary, 19500);
-  EXPECT_DOUBLE_EQ(run({"*", "", 0.8, 0, 0}, 10000).salary, 8000);
-  EXPECT_DOUBLE_EQ(run({"E", "", 0, 0, 0}, 10000, 0, 0, "0.25").salary, 2500);
-  // "E" without a numeric factor leaves the salary.
-  EXPECT_DOUBLE_EQ(run({"E", "", 0, 0, 0}, 10000, 0, 0, "ABC").salary, 10000);
-}
-
-TEST(WteRule, ZeroDivisorsAndUnknownOperatorsLeaveTheSalary) {
-  auto h = run({"H", "", 0, 0, 0}, 20000, 20);
-  EXPECT_EQ(h.factor, 0);
-  EXPECT_DOUBLE_EQ(h.salary, 20000);
-  EXPECT_DOUBLE_EQ(run({"W", "", 0, 0, 0}, 20000, 0, 30).salary, 20000);
-  EXPECT_DOUBLE_EQ(run({"C", "", 0, 52, 0}, 20000, 10, 30).salary, 20000);
-  EXPECT_DOUBLE_EQ(run({"X", "", 2, 0, 0}, 20000).salary, 20000);
-  // No division for "/": the rule's factor is not used at all.
-  auto d = run({"/", "", 2, 0, 0}, 20000);
-  EXPECT_EQ(d.factor, 0);
-  EXPECT_DOUBLE_EQ(d.salary, 20000);
+// Each operator's factor and salary; zero divisors and unknown operators
+// leave the salary (factor 0 where it is checked); "E" without a numeric
+// factor leaves the salary; "/" does no division: the rule's factor is not
+// used at all.
+TEST(WteRule, FactorAndSalaryOfEachOperator) {
+  const struct {
+    WteRule rule;
+    double salary, hours, weeks;
+    const char* factorText;
+    std::optional<double> factor;
+    double paid;
+  } cases[] = {
+      {{"P", "", 50, 0, 0}, 20000, 0, 0, "", 0.5, 10000},
+      {{"H", "", 37.5, 0, 0}, 30000, 15, 0, "", {}, 12000},
+      {{"W", "", 0, 52, 0}, 26000, 0, 39, "", 0.75, 19500},
+      {{"C", "", 37.5, 52, 0}, 52000, 18.75, 39, "", 0.375, 19500},
+      {{"*", "", 0.8, 0, 0}, 10000, 0, 0, "", {}, 8000},
+      {{"E", "", 0, 0, 0}, 10000, 0, 0, "0.25", {}, 2500},
+      {{"E", "", 0, 0, 0}, 10000, 0, 0, "ABC", {}, 10000},
+      {{"H", "", 0, 0, 0}, 20000, 20, 0, "", 0, 20000},
+      {{"W", "", 0, 0, 0}, 20000, 0, 30, "", {}, 20000},
+      {{"C", "", 0, 52, 0}, 20000, 10, 30, "", {}, 20000},
+      {{"X", "", 2, 0, 0}, 20000, 0, 0, "", {}, 20000},
+      {{"/", "", 2, 0, 0}, 20000, 0, 0, "", 0, 20000},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.rule.op + std::string(" ") + c.factorText);
+    const WteCalculation r = run(c.rule, c.salary, c.hours, c.weeks, c.factorText);
+    if (c.factor) {
+      EXPECT_DOUBLE_EQ(r.factor, *c.factor);
+    }
+    EXPECT_DOUBLE_EQ(r.salary, c.paid);
+  }
 }
 
 TEST(WteRule, CombinedRuleEndsEarlyWithoutWeeksOrHours) {
@@ -66,31 +78,27 @@ TEST(WteRule, CombinedRuleEndsEarlyWithoutWeeksOrHours) {
   EXPECT_FALSE(run({"C", "", 37.5, 52, 0}, 20000, 20, 39).ended);
 }
 
-TEST(WteRounding, StepUpDownAndNearestAtTheirEdges) {
-  // Exact multiples never move, whatever the rule (binary noise included).
-  EXPECT_DOUBLE_EQ(roundSalary(20000, 100, "U"), 20000);
-  EXPECT_DOUBLE_EQ(roundSalary(20000, 100, "D"), 20000);
-  EXPECT_DOUBLE_EQ(roundSalary(0.1 * 3 * 1000, 100, "U"), 300);
-  // Just past a step: up goes to the next, down stays.
-  EXPECT_DOUBLE_EQ(roundSalary(20000.01, 100, "U"), 20100);
-  EXPECT_DOUBLE_EQ(roundSalary(20000.01, 100, "D"), 20000);
-  EXPECT_DOUBLE_EQ(roundSalary(20099.99, 100, "D"), 20000);
-  EXPECT_DOUBLE_EQ(roundSalary(20099.99, 100, "U"), 20100);
-  // Other rounding: nearest step, halves away from zero.
-  EXPECT_DOUBLE_EQ(roundSalary(20049.99, 100, ""), 20000);
-  EXPECT_DOUBLE_EQ(roundSalary(20050, 100, ""), 20100);
-  EXPECT_DOUBLE_EQ(roundSalary(-20050, 100, ""), -20100);
-  // A negative step is its size.
-  EXPECT_DOUBLE_EQ(roundSalary(20000.01, -100, "U"), 20100);
-  // Fractional steps (to the nearest 50p, up).
-  EXPECT_DOUBLE_EQ(roundSalary(10.01, 0.5, "U"), 10.5);
-}
-
-TEST(WteRounding, PenceHalvesAwayFromZeroWithoutAStep) {
-  EXPECT_DOUBLE_EQ(roundSalary(2.675, 0, ""), 2.68);
-  EXPECT_DOUBLE_EQ(roundSalary(2.674999, 0, "U"), 2.67);
-  EXPECT_DOUBLE_EQ(roundSalary(-2.675, 0, ""), -2.68);
-  EXPECT_DOUBLE_EQ(roundSalary(1234.5, 0, "D"), 1234.5);
+// Exact multiples never move, whatever the rule (binary noise included);
+// just past a step up goes to the next, down stays; other rounding is to
+// the nearest step, halves away from zero; a negative step is its size;
+// fractional steps (to the nearest 50p, up). Without a step: pence, halves
+// away from zero.
+TEST(WteRounding, StepsAndPenceAtTheirEdges) {
+  const struct {
+    double salary, step;
+    const char* rule;
+    double want;
+  } cases[] = {
+      {20000, 100, "U", 20000},    {20000, 100, "D", 20000},     {0.1 * 3 * 1000, 100, "U", 300},
+      {20000.01, 100, "U", 20100}, {20000.01, 100, "D", 20000},  {20099.99, 100, "D", 20000},
+      {20099.99, 100, "U", 20100}, {20049.99, 100, "", 20000},   {20050, 100, "", 20100},
+      {-20050, 100, "", -20100},   {20000.01, -100, "U", 20100}, {10.01, 0.5, "U", 10.5},
+      {2.675, 0, "", 2.68},        {2.674999, 0, "U", 2.67},     {-2.675, 0, "", -2.68},
+      {1234.5, 0, "D", 1234.5},
+  };
+  for (const auto& c : cases) {
+    EXPECT_DOUBLE_EQ(roundSalary(c.salary, c.step, c.rule), c.want) << c.salary << " " << c.step << " " << c.rule;
+  }
 }
 
 class WteData : public ::testing::Test {
@@ -172,22 +180,41 @@ TEST_F(WteData, EarlyEndsAndNothingToDoLeaveTheTextAlone) {
   EXPECT_TRUE(errors_->errors().empty());
 }
 
+// The share of a period an event covers, counting inclusive days, by the
+// dated form and (where every date reads) by the day-number form.
 TEST(CpdFactor, InclusiveDaysClippedToThePeriod) {
-  using payroll::gfncCPDFactor;
-  // The whole period, and more, is 1.
-  EXPECT_DOUBLE_EQ(gfncCPDFactor("01/01/2024", "31/12/2024", "01/01/2024", "31/12/2024"), 1.0);
-  EXPECT_DOUBLE_EQ(gfncCPDFactor("01/01/2024", "31/12/2024", "01/06/2020", ""), 1.0);
-  // One day of a 366-day year, on either edge.
-  EXPECT_DOUBLE_EQ(gfncCPDFactor("01/01/2024", "31/12/2024", "31/12/2024", "15/01/2025"), 1.0 / 366);
-  EXPECT_DOUBLE_EQ(gfncCPDFactor("2024-01-01", "2024-12-31", "2023-12-01", "2024-01-01"), 1.0 / 366);
-  // A single-day period covered.
-  EXPECT_DOUBLE_EQ(gfncCPDFactor("05/03/2024", "05/03/2024", "05/03/2024", "05/03/2024"), 1.0);
-  // Disjoint, reversed, or unreadable: 0.
-  EXPECT_EQ(gfncCPDFactor("01/01/2024", "31/12/2024", "01/01/2025", "31/01/2025"), 0);
-  EXPECT_EQ(gfncCPDFactor("01/01/2024", "31/12/2024", "01/12/2023", "31/12/2023"), 0);
-  EXPECT_EQ(gfncCPDFactor("31/12/2024", "01/01/2024", "01/06/2024", "30/06/2024"), 0);
-  EXPECT_EQ(gfncCPDFactor("01/01/2024", "31/12/2024", "30/06/2024", "01/06/2024"), 0);
-  EXPECT_EQ(gfncCPDFactor("not a date", "31/12/2024", "01/06/2024", "30/06/2024"), 0);
+  const struct {
+    const char *as, *ae, *es, *ee;
+    double want;
+  } cases[] = {
+      // The whole period, and more, is 1.
+      {"01/01/2024", "31/12/2024", "01/01/2024", "31/12/2024", 1.0},
+      {"01/01/2024", "31/12/2024", "01/06/2020", "", 1.0},
+      {"2024-08-01", "2025-07-31", "2020-01-01", "2030-01-01", 1.0},
+      // One day of a 366-day year, on either edge.
+      {"01/01/2024", "31/12/2024", "31/12/2024", "15/01/2025", 1.0 / 366},
+      {"2024-01-01", "2024-12-31", "2023-12-01", "2024-01-01", 1.0 / 366},
+      // Inside, and spanning the start, of a 365-day academic year.
+      {"2024-08-01", "2025-07-31", "2024-10-01", "2024-10-10", 10.0 / 365},
+      {"2024-08-01", "2025-07-31", "2024-07-25", "2024-08-03", 3.0 / 365},
+      // A single-day period covered.
+      {"05/03/2024", "05/03/2024", "05/03/2024", "05/03/2024", 1.0},
+      // Disjoint, reversed, or unreadable: 0.
+      {"01/01/2024", "31/12/2024", "01/01/2025", "31/01/2025", 0},
+      {"01/01/2024", "31/12/2024", "01/12/2023", "31/12/2023", 0},
+      {"2024-08-01", "2025-07-31", "2025-08-01", "2025-08-02", 0},
+      {"31/12/2024", "01/01/2024", "01/06/2024", "30/06/2024", 0},
+      {"01/01/2024", "31/12/2024", "30/06/2024", "01/06/2024", 0},
+      {"not a date", "31/12/2024", "01/06/2024", "30/06/2024", 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.as) + " - " + c.ae + ": " + c.es + " - " + c.ee);
+    EXPECT_DOUBLE_EQ(payroll::gfncCPDFactor(c.as, c.ae, c.es, c.ee), c.want);
+    const auto as = parseDate(c.as), ae = parseDate(c.ae), es = parseDate(c.es), ee = parseDate(c.ee);
+    if (as && ae && es && ee) {
+      EXPECT_DOUBLE_EQ(payroll::cpdFactorDays(as->days(), ae->days(), es->days(), ee->days()), c.want);
+    }
+  }
 }
 
 }  // namespace
