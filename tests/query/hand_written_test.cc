@@ -29,26 +29,19 @@ TEST_F(HandWritten, HeaderNormalisation) {
   db().grid("U2", "", "U", "", "yes", 2);
   db().grid("N1", "pnlempmst", "X", "", "0");
   db().grid("N2", "PNLEMPMST", "X", "", "");
-  QueryDetails d;
-  gsubQueryDetails("U1", d);
-  EXPECT_TRUE(d.found);
-  EXPECT_EQ(d.queryType, "U");
-  EXPECT_EQ(d.applyAccessFilter, "N");
-  EXPECT_EQ(d.entityId, "PNLEMPABS");
-  EXPECT_EQ(d.description, "Hand");
-  EXPECT_TRUE(d.accessByAll);
-  gsubQueryDetails("U2", d);
-  EXPECT_EQ(d.applyAccessFilter, "Y");
-  EXPECT_EQ(d.entityId, "PNLEMPHST");  // the word after FROM is no table
-  gsubQueryDetails("N1", d);
-  EXPECT_EQ(d.applyAccessFilter, "N");
-  EXPECT_EQ(d.entityId, "PNLEMPMST");
-  gsubQueryDetails("N2", d);
-  EXPECT_EQ(d.applyAccessFilter, "Y");
-  gsubQueryDetails("MISSING", d);
-  EXPECT_FALSE(d.found);
-  EXPECT_EQ(d.entityId, "");
-  EXPECT_EQ(d.applyAccessFilter, "Y");
+  // found|type|apply|entity|description|access by all; the word after FROM
+  // is no table; a missing query is empty but filtered.
+  const auto details = [](const std::string& id) {
+    QueryDetails d;
+    gsubQueryDetails(id, d);
+    return std::string(d.found ? "found" : "missing") + "|" + d.queryType + "|" + d.applyAccessFilter + "|" +
+           d.entityId + "|" + d.description + "|" + (d.accessByAll ? "all" : "");
+  };
+  EXPECT_EQ(details("U1"), "found|U|N|PNLEMPABS|Hand|all");
+  EXPECT_EQ(details("U2"), "found|U|Y|PNLEMPHST||all");
+  EXPECT_EQ(details("N1"), "found|X|N|PNLEMPMST||all");
+  EXPECT_EQ(details("N2"), "found|X|Y|PNLEMPMST||all");
+  EXPECT_EQ(details("MISSING"), "missing||Y|||");
 }
 
 TEST_F(HandWritten, ColumnsAndUserDefinedFields) {
