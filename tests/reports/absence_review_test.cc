@@ -4,6 +4,7 @@
 
 #include "absence_fixture.h"
 #include "reports/absence/absence_score.h"
+#include "support/report_rows.h"
 #include "support/test_environment.h"
 
 namespace orvalis::testing {
@@ -29,18 +30,25 @@ TEST(AbsenceScore, SquareOfSpellsIsSixteenBit) {
 }
 
 TEST(AbsenceScore, BandsDefaultAndSiteOwn) {
-  ScoreBands defaults;
-  EXPECT_EQ(defaults.bandOf(0), "No concern");
-  EXPECT_EQ(defaults.bandOf(49.5), "No concern");
-  EXPECT_EQ(defaults.bandOf(50), "Monitor");
-  EXPECT_EQ(defaults.bandOf(399), "Informal review");
-  EXPECT_EQ(defaults.bandOf(400), "Formal review");
-  EXPECT_EQ(defaults.bandOf(100000), "Final review");
-  ScoreBands site = ScoreBands::parse("500=Red; 0=Green;100=Amber;x=ignored");
+  const ScoreBands defaults;
+  const ScoreBands site = ScoreBands::parse("500=Red; 0=Green;100=Amber;x=ignored");
   EXPECT_EQ(site.bands().size(), 3u);
-  EXPECT_EQ(site.bandOf(99), "Green");
-  EXPECT_EQ(site.bandOf(100), "Amber");
-  EXPECT_EQ(site.bandOf(500), "Red");
+  const struct {
+    const ScoreBands& bands;
+    double score;
+    const char* band;
+  } cases[] = {
+      {defaults, 0, "No concern"},
+      {defaults, 49.5, "No concern"},
+      {defaults, 50, "Monitor"},
+      {defaults, 399, "Informal review"},
+      {defaults, 400, "Formal review"},
+      {defaults, 100000, "Final review"},
+      {site, 99, "Green"},
+      {site, 100, "Amber"},
+      {site, 500, "Red"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.bands.bandOf(c.score), c.band) << c.score;
   EXPECT_EQ(ScoreBands::parse("nonsense").bandOf(60), "Monitor");
 }
 
@@ -130,8 +138,7 @@ TEST_P(AbsenceReview, MoreThan181SpellsOverflow) {
   EXPECT_NE(errors_->errors()[0].variables.find("STREMP_ID:E9"), std::string::npos);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, AbsenceReview,
-                         ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL), engineParamName);
+ORVALIS_ON_SQLITE_AND_POSTGRESQL(AbsenceReview);
 
 }  // namespace
 }  // namespace orvalis::testing

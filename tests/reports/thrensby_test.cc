@@ -3,10 +3,10 @@
 // input that must leave no file.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <random>
 
 #include "data/dialect.h"
 #include "engine_report_fixture.h"
@@ -14,6 +14,7 @@
 #include "reports/establishment/establishment_sql.h"
 #include "runtime/text_file.h"
 #include "support/report_rows.h"
+#include "support/temp_dir.h"
 
 namespace orvalis::testing {
 namespace {
@@ -40,9 +41,6 @@ class ThrensbyTest : public EngineReportTest {
  protected:
   void SetUp() override {
     EngineReportTest::SetUp();
-    std::random_device rd;
-    dir_ = std::filesystem::temp_directory_path() / ("orvalis-thrensby-" + std::to_string(rd()));
-    std::filesystem::create_directories(dir_);
     exec("INSERT INTO PNLMAN (VARIATION_ID, CODE_ID, DESCRIPTION) VALUES ('ORV01', 'M1', 'Smith, Ann'), "
          "('ORV01', 'M2', 'Jones')");
     exec("INSERT INTO PNLEMPMST (VARIATION_ID, EMP_ID, MAN_ID) VALUES ('ORV01', 'E1', 'M1'), ('ORV01', 'E2', 'M2')");
@@ -56,11 +54,6 @@ class ThrensbyTest : public EngineReportTest {
       line(batch, ++seq, "E2", "NULL", "PENSION", "P2");
     }
   }
-  void TearDown() override {
-    EngineReportTest::TearDown();
-    std::error_code ec;
-    std::filesystem::remove_all(dir_, ec);
-  }
   void line(const char* batch, int seq, const char* emp, const char* code, const char* element, const char* payroll) {
     exec(std::string("INSERT INTO PAYBATGEN (VARIATION_ID, BATCH_ID, SEQ_ID, EMP_ID, GEN_CODE, GEN_VALUE, DET_SEQ_ID, "
                      "PAYROLL_ID, ELEMENT_ID) VALUES ('ORV01', '") + batch + "', " + std::to_string(seq) + ", '" + emp +
@@ -72,7 +65,7 @@ class ThrensbyTest : public EngineReportTest {
     return e.Thrensby(Parameters(p));
   }
 
-  std::filesystem::path dir_;
+  test::TempDir dir_{"orvalis-thrensby"};
 };
 
 TEST_P(ThrensbyTest, WritesTheLinesOfTheBatchesInTheRange) {
@@ -113,10 +106,14 @@ TEST_P(ThrensbyTest, NoBatchInTheRangeGivesTheHistoricalStatementAndAHeader) {
   EXPECT_EQ(e.lastExport().lineSql(), est::batchLinesSql(currentDialect(), "ORV01", ""));
   EXPECT_EQ(*readTextFile(file), std::string(est::kCsvHeader) + "\r\n");
   EXPECT_EQ(e.lastExport().fileName(), file.string());
-  // An empty name computes the default, written in the temporary folder.
+  // An empty name computes the default, written in the temporary folder
+  // (now: a file left by an earlier run must not pass for this one's).
+  const auto written = std::filesystem::temp_directory_path() / "thrnsby,.csv";
+  const auto start = std::filesystem::file_time_type::clock::now() - std::chrono::seconds(2);
   ASSERT_TRUE(e.Thrensby(in2030("   ")));
   EXPECT_EQ(e.lastExport().fileName(), "c:\\temp\\thrnsby,.csv");
-  EXPECT_TRUE(std::filesystem::exists(std::filesystem::temp_directory_path() / "thrnsby,.csv"));
+  ASSERT_TRUE(std::filesystem::exists(written));
+  EXPECT_GE(std::filesystem::last_write_time(written), start);
 }
 
 TEST_P(ThrensbyTest, BadInputIsReportedAndWritesNoFile) {

@@ -8,11 +8,9 @@
 
 #include "data/control.h"
 #include "engine_report_fixture.h"
-#include "payroll/cpd_factor.h"
 #include "payroll/wte.h"
 #include "reports/sir_fe/sir_fe.h"
 #include "reports/training_costs/training_costs.h"
-#include "runtime/basic_date.h"
 #include "runtime/keyed_text.h"
 #include "support/report_rows.h"
 #include "support/test_environment.h"
@@ -22,26 +20,6 @@ namespace {
 
 using test::hasFields;
 using test::Rows;
-
-TEST(CpdFactorDays, InsideSpanningDisjointReversedAsTheDatedForm) {
-  struct Case {
-    const char *as, *ae, *es, *ee;
-    double expected;
-  };
-  const Case cases[] = {
-      {"2024-08-01", "2025-07-31", "2024-10-01", "2024-10-10", 10.0 / 365},  // inside
-      {"2024-08-01", "2025-07-31", "2024-07-25", "2024-08-03", 3.0 / 365},   // spanning the start
-      {"2024-08-01", "2025-07-31", "2020-01-01", "2030-01-01", 1.0},         // covering the period
-      {"2024-08-01", "2025-07-31", "2025-08-01", "2025-08-02", 0.0},         // disjoint
-      {"2025-07-31", "2024-08-01", "2024-10-01", "2024-10-10", 0.0},         // period reversed
-      {"2024-08-01", "2025-07-31", "2024-10-10", "2024-10-01", 0.0},         // event reversed
-  };
-  for (const Case& c : cases) {
-    const auto day = [](const char* t) { return parseDate(t)->days(); };
-    EXPECT_DOUBLE_EQ(payroll::cpdFactorDays(day(c.as), day(c.ae), day(c.es), day(c.ee)), c.expected) << c.es;
-    EXPECT_DOUBLE_EQ(payroll::gfncCPDFactor(c.as, c.ae, c.es, c.ee), c.expected) << c.es;
-  }
-}
 
 class TrainingReportsTest : public EngineReportTest {
  protected:
