@@ -108,16 +108,14 @@ TEST_P(BuiltQueries, EmployeeTablesAndTheCurrentEmployee) {
   EXPECT_EQ(run("ABS", "SEQ_ID"), (Rows{"0000000001", "0000000003"})) << last_;
   EXPECT_EQ(run("ABS", "DURATION"), (Rows{"1.5", "3"})) << last_;
   EXPECT_EQ(run("ABS", "SURNAME"), (Rows{"Smith", "Smith"})) << last_;
-  d.grid("V", "PNLEMPABS", "V", "", "Y");
-  d.gridColumn("V", "PNLEMPABS.SEQ_ID", 1);
+  d.query("V", "PNLEMPABS", "V", {"PNLEMPABS.SEQ_ID"}, {}, "", "Y");
   EXPECT_EQ(run("V", "SEQ_ID"), Rows{}) << last_;
 }
 
 TEST_P(BuiltQueries, NowhereReadsEveryCompany) {
   auto& d = db();
-  d.grid("ALL", "PNLEMPMST", "A", "Every company NOWHERE");
-  d.gridColumn("ALL", "PNLEMPMST.SURNAME", 1);
-  d.criterion("ALL", "PNLEMPMST.EMP_ID", "EQ", "E001");
+  d.query("ALL", "PNLEMPMST", "A", {"PNLEMPMST.SURNAME"}, {{"PNLEMPMST.EMP_ID", "EQ", "E001"}},
+          "Every company NOWHERE");
   EXPECT_EQ(run("ALL", "SURNAME"), (Rows{"Other", "Smith"})) << last_;
   EXPECT_EQ(run("ALL", "EMP_ID"), (Rows{"E001", "E001"})) << last_;
 }
@@ -154,8 +152,7 @@ TEST_P(BuiltQueries, OrdinaryQueriesGetTheRestrictionsWhenAsked) {
   auto& d = db();
   d.restriction("ACC1", "PNLEMPMST.DEPT_ID", "D1,D2");
   d.restriction("ACC1", "PNLEMPMST.SURNAME", "Smith*");
-  d.grid("R", "PNLEMPABS", "X", "", "Y");
-  d.gridColumn("R", "PNLEMPABS.SEQ_ID", 1);
+  d.query("R", "PNLEMPABS", "X", {"PNLEMPABS.SEQ_ID"}, {}, "", "Y");
   d.reconnect();
   EXPECT_EQ(run("R", "SEQ_ID"), (Rows{"0000000001", "0000000002", "0000000003"})) << last_;
   d.exec("delete from ADMFDAC");
@@ -174,8 +171,7 @@ TEST_P(BuiltQueries, SelfServiceQueriesFollowTheOrganisationStructure) {
          "('ORV01', 'E001', 'ORG', 'MID', 'X'), ('ORV01', 'E002', 'ORG', 'LOW', 'Z'), "
          "('ORV01', 'E003', 'ORG', 'LOW', 'H'), ('ORV01', 'E004', 'ORG', 'SIDE', 'X')");
   d.note(21, "ORG_STRUCTURE=ORG", "FA_SSFORM");
-  d.grid("D", "PNLEMPMST", "D", "", "Y");
-  d.gridColumn("D", "PNLEMPMST.EMP_ID", 1);
+  d.query("D", "PNLEMPMST", "D", {"PNLEMPMST.EMP_ID"}, {}, "", "Y");
   std::string sql = gfncBuildSQL("ADMIN", "D", "SSFORM", "", "");
   Recordset rs = d.env().hrConnection().query(sql);
   Rows rows;
@@ -235,8 +231,7 @@ TEST_P(BuiltQueries, HostileRestrictionValuesStayValues) {
   d.restriction("ACC1", "PNLEMPMST.SURNAME", "O'Brien); --");
   d.restriction("ACC1", "PNLEMPMST.SURNAME", "x' or '1'='1");
   d.restriction("ACC1", "PNLEMPMST.DEPT_ID", "D1') or ('1'='1,D1");
-  d.grid("R", "PNLEMPMST", "X", "", "Y");
-  d.gridColumn("R", "PNLEMPMST.EMP_ID", 1);
+  d.query("R", "PNLEMPMST", "X", {"PNLEMPMST.EMP_ID"}, {}, "", "Y");
   d.reconnect();
   EXPECT_EQ(run("R", "EMP_ID"), Rows{"E003"}) << last_;
   EXPECT_EQ(d.column("select count(*) from PNLEMPMST"), Rows{"5"});

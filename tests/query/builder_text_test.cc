@@ -106,11 +106,8 @@ TEST_F(BuilderText, VacancyTablesJoinTheVacancyOnly) {
 }
 
 TEST_F(BuilderText, NowhereDropsTheEmployeeAndVariationTests) {
-  db().grid("NW", "PNLEMPABS", "S", "All companies NOWHERE");
-  db().gridColumn("NW", "PNLEMPABS.START_DATE", 1);
-  db().grid("NWC", "PNLEMPMST", "X", "NOWHERE at all");
-  db().gridColumn("NWC", "PNLEMPMST.SURNAME", 1);
-  db().criterion("NWC", "PNLEMPMST.SURNAME", "EQ", "Smith");
+  db().query("NW", "PNLEMPABS", "S", {"PNLEMPABS.START_DATE"}, {}, "All companies NOWHERE");
+  db().query("NWC", "PNLEMPMST", "X", {"PNLEMPMST.SURNAME"}, {{"PNLEMPMST.SURNAME", "EQ", "Smith"}}, "NOWHERE at all");
   session_ = {{"EMP_ID", "E001"}};
   EXPECT_EQ(as(kSqlServer, "NW"),
             "SELECT PNLEMPABS.START_DATE from PNLEMPABS LEFT JOIN PNLEMPMST ON 'ORV01' = PNLEMPMST.VARIATION_ID and "
@@ -123,10 +120,8 @@ TEST_F(BuilderText, NowhereDropsTheEmployeeAndVariationTests) {
 
 TEST_F(BuilderText, CurrentAndPlaceholderEmployee) {
   db().query("S1", "PNLEMPABS", "S", {"PNLEMPABS.START_DATE"}, {{"PNLEMPABS.TYPE_ID", "EQ", "SICK"}});
-  db().grid("V1", "PNLEMPABS", "V", "", "Y");
-  db().gridColumn("V1", "PNLEMPABS.START_DATE", 1);
-  db().grid("V2", "PNLEMPABS", "V", "", "N");
-  db().gridColumn("V2", "PNLEMPABS.START_DATE", 1);
+  db().query("V1", "PNLEMPABS", "V", {"PNLEMPABS.START_DATE"}, {}, "", "Y");
+  db().query("V2", "PNLEMPABS", "V", {"PNLEMPABS.START_DATE"}, {}, "", "N");
   db().query("C1", "PNLCAND", "C", {"PNLCAND.CAN_SURNAME"});
   session_ = {{"EMP_ID", "E0'7"}};
   EXPECT_NE(as(kSqlServer, "S1").find("where  PNLEMPABS.EMP_ID = 'E0''7' and PNLEMPABS.TYPE_ID = 'SICK' and "
@@ -198,11 +193,8 @@ TEST_F(BuilderText, ColumnOrder) {
 TEST_F(BuilderText, NoteConditionsFollowTheCriteria) {
   db().note(1, "AND PNLEMPMST.AGE > 30");
   db().note(2, "select X from PNLEMPMST where PNLEMPMST.AGE < 60");
-  db().grid("N1", "PNLEMPMST", "X", "", "N", 1);
-  db().gridColumn("N1", "PNLEMPMST.SURNAME", 1);
-  db().criterion("N1", "PNLEMPMST.SURNAME", "EQ", "Smith");
-  db().grid("N2", "PNLEMPMST", "X", "", "N", 2);
-  db().gridColumn("N2", "PNLEMPMST.SURNAME", 1);
+  db().query("N1", "PNLEMPMST", "X", {"PNLEMPMST.SURNAME"}, {{"PNLEMPMST.SURNAME", "EQ", "Smith"}}, "", "N", 1);
+  db().query("N2", "PNLEMPMST", "X", {"PNLEMPMST.SURNAME"}, {}, "", "N", 2);
   EXPECT_NE(as(kSqlServer, "N1").find("where  PNLEMPMST.SURNAME = 'Smith' AND PNLEMPMST.AGE > 30 and "
                                       "PNLEMPMST.VARIATION_ID = 'ORV01'"),
             std::string::npos);

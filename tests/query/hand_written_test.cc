@@ -86,8 +86,7 @@ TEST_F(HandWritten, RestrictionAfterTheWhereOrAsANewWhere) {
 
 TEST_F(HandWritten, SelfServiceFormWithoutStructureComparesItsVariation) {
   db().note(5, "TITLE=My details\r\nDATA_ACCESS=ORV9'9", "FA_SSPERS");
-  db().grid("D", "PNLEMPMST", "D", "", "Y");
-  db().gridColumn("D", "PNLEMPMST.EMP_ID", 1);
+  db().query("D", "PNLEMPMST", "D", {"PNLEMPMST.EMP_ID"}, {}, "", "Y");
   db().reconnect("SQLOLEDB");
   std::string sql = gfncBuildSQL("ADMIN", "D", "SSPERS", "", "");
   EXPECT_NE(sql.find("PNLEMPMST.DEPT_ID = 'D1' and PNLEMPMST.VARIATION_ID = 'ORV9''9'"), std::string::npos) << sql;

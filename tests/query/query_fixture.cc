@@ -94,8 +94,9 @@ void QueryDatabase::criterion(const std::string& code, const std::string& item, 
 
 void QueryDatabase::query(const std::string& code, const std::string& entity, const std::string& type,
                           const std::vector<std::string>& columns,
-                          const std::vector<std::array<std::string, 3>>& criteria) {
-  grid(code, entity, type);
+                          const std::vector<std::array<std::string, 3>>& criteria, const std::string& description,
+                          const std::string& apply, int noteId) {
+  grid(code, entity, type, description, apply, noteId);
   int position = 0;
   for (const std::string& item : columns) gridColumn(code, item, ++position);
   for (const auto& [item, function, value] : criteria) criterion(code, item, function, value);
