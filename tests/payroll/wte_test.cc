@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
-
 #include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/hr_environment.h"
@@ -37,39 +35,31 @@ WteCalculation run(const WteRule& rule, double salary, double hours = 0, double 
   return c;
 }
 
-// Each operator's factor and salary; zero divisors and unknown operators
-// leave the salary (factor 0 where it is checked); "E" without a numeric
-// factor leaves the salary; "/" does no division: the rule's factor is not
-// used at all.
-TEST(WteRule, FactorAndSalaryOfEachOperator) {
-  const struct {
-    WteRule rule;
-    double salary, hours, weeks;
-    const char* factorText;
-    std::optional<double> factor;
-    double paid;
-  } cases[] = {
-      {{"P", "", 50, 0, 0}, 20000, 0, 0, "", 0.5, 10000},
-      {{"H", "", 37.5, 0, 0}, 30000, 15, 0, "", {}, 12000},
-      {{"W", "", 0, 52, 0}, 26000, 0, 39, "", 0.75, 19500},
-      {{"C", "", 37.5, 52, 0}, 52000, 18.75, 39, "", 0.375, 19500},
-      {{"*", "", 0.8, 0, 0}, 10000, 0, 0, "", {}, 8000},
-      {{"E", "", 0, 0, 0}, 10000, 0, 0, "0.25", {}, 2500},
-      {{"E", "", 0, 0, 0}, 10000, 0, 0, "ABC", {}, 10000},
-      {{"H", "", 0, 0, 0}, 20000, 20, 0, "", 0, 20000},
-      {{"W", "", 0, 0, 0}, 20000, 0, 30, "", {}, 20000},
-      {{"C", "", 0, 52, 0}, 20000, 10, 30, "", {}, 20000},
-      {{"X", "", 2, 0, 0}, 20000, 0, 0, "", {}, 20000},
-      {{"/", "", 2, 0, 0}, 20000, 0, 0, "", 0, 20000},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.rule.op + std::string(" ") + c.factorText);
-    const WteCalculation r = run(c.rule, c.salary, c.hours, c.weeks, c.factorText);
-    if (c.factor) {
-      EXPECT_DOUBLE_EQ(r.factor, *c.factor);
-    }
-    EXPECT_DOUBLE_EQ(r.salary, c.paid);
-  }
+TEST(WteRule, FactorOfEachOperator) {
+  EXPECT_DOUBLE_EQ(run({"P", "", 50, 0, 0}, 20000).factor, 0.5);
+  EXPECT_DOUBLE_EQ(run({"P", "", 50, 0, 0}, 20000).salary, 10000);
+  EXPECT_DOUBLE_EQ(run({"H", "", 37.5, 0, 0}, 30000, 15).salary, 12000);
+  EXPECT_DOUBLE_EQ(run({"W", "", 0, 52, 0}, 26000, 0, 39).factor, 0.75);
+  auto c = run({"C", "", 37.5, 52, 0}, 52000, 18.75, 39);
+  EXPECT_DOUBLE_EQ(c.factor, 0.375);
+  EXPECT_DOUBLE_EQ(c.salary, 19500);
+  EXPECT_DOUBLE_EQ(run({"*", "", 0.8, 0, 0}, 10000).salary, 8000);
+  EXPECT_DOUBLE_EQ(run({"E", "", 0, 0, 0}, 10000, 0, 0, "0.25").salary, 2500);
+  // "E" without a numeric factor leaves the salary.
+  EXPECT_DOUBLE_EQ(run({"E", "", 0, 0, 0}, 10000, 0, 0, "ABC").salary, 10000);
+}
+
+TEST(WteRule, ZeroDivisorsAndUnknownOperatorsLeaveTheSalary) {
+  auto h = run({"H", "", 0, 0, 0}, 20000, 20);
+  EXPECT_EQ(h.factor, 0);
+  EXPECT_DOUBLE_EQ(h.salary, 20000);
+  EXPECT_DOUBLE_EQ(run({"W", "", 0, 0, 0}, 20000, 0, 30).salary, 20000);
+  EXPECT_DOUBLE_EQ(run({"C", "", 0, 52, 0}, 20000, 10, 30).salary, 20000);
+  EXPECT_DOUBLE_EQ(run({"X", "", 2, 0, 0}, 20000).salary, 20000);
+  // No division for "/": the rule's factor is not used at all.
+  auto d = run({"/", "", 2, 0, 0}, 20000);
+  EXPECT_EQ(d.factor, 0);
+  EXPECT_DOUBLE_EQ(d.salary, 20000);
 }
 
 TEST(WteRule, CombinedRuleEndsEarlyWithoutWeeksOrHours) {

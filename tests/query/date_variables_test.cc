@@ -17,54 +17,37 @@ class DateVariables : public QueryTest {
   }
 };
 
-// Calendar years keep the two-digit arithmetic; weeks run Monday to
-// Sunday; parts, formats and unknown names.
-TEST_F(DateVariables, YearsWeeksMonthsAndParts) {
-  const struct {
-    int y, m, d;
-    const char* name;
-    const char* want;
-    const char* format = "DD/MM/YYYY";
-  } cases[] = {
-      {2005, 6, 15, "PREV_CAL_YEAR_START", "01/01/4"},
-      {2005, 6, 15, "PREV_YEAR_END", "31/12/4"},
-      {2000, 3, 1, "PREV_CAL_YEAR_START", "01/01/-1"},
-      {2005, 6, 15, "CAL_YEAR_START", "01/01/05"},
-      {2005, 6, 15, "CAL_YEAR_END", "31/12/05"},
-      {2005, 6, 15, "NEXT_CAL_YEAR_END", "31/12/6"},
-      {2099, 6, 15, "NEXT_YEAR_START", "01/01/100"},
-      {2024, 6, 15, "NEXT_YEAR_START", "01/01/25"},
-      {2024, 1, 1, "WEEK_START", "01/01/2024"},  // a Monday
-      {2024, 1, 7, "WEEK_START", "01/01/2024"},  // a Sunday
-      {2024, 1, 7, "WEEK_END", "07/01/2024"},
-      {2024, 1, 1, "WEEK_END", "07/01/2024"},
-      {2024, 1, 3, "PREV_WEEK_START", "25/12/2023"},
-      {2024, 1, 3, "NEXT_WEEK_END", "14/01/2024"},
-      {2024, 1, 3, "PREV_WEEK_END", "31/12/2023"},
-      {2024, 1, 3, "NEXT_WEEK_START", "08/01/2024"},
-      {2024, 2, 10, "MONTH_START", "01/02/24"},
-      {2024, 2, 10, "MONTH_END", "29/02/2024"},
-      {2023, 2, 10, "MONTH_END", "28/02/2023"},
-      {2024, 1, 31, "PREV_MONTH_START", "01/12/2023"},
-      {2024, 1, 31, "PREV_MONTH_END", "31/12/2023"},
-      {2024, 1, 31, "NEXT_MONTH_START", "01/02/2024"},
-      {2024, 1, 31, "NEXT_MONTH_END", "29/02/2024"},
-      {2024, 12, 5, "NEXT_MONTH_END", "31/01/2025"},
-      {2024, 3, 7, "YYYY", "2024"},
-      {2024, 3, 7, "mm", "03"},
-      {2024, 3, 7, "DD", "07"},
-      {2024, 3, 7, "HH", "14"},
-      {2024, 3, 7, "nn", "05"},
-      {2024, 3, 7, "SS", "09"},
-      {2024, 3, 7, "NULL", "NULL"},
-      {2024, 3, 7, "YESTERDAY", "NULL"},
-      {2024, 3, 7, " today ", "07/03/2024"},
-      {2024, 3, 7, "TODAY", "2024-03-07", "YYYY-MM-DD"},
-      {2024, 3, 7, "TODAY", "07-Mar-2024", "DD-Mmm-YYYY"},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(at(c.y, c.m, c.d, c.name, c.format), c.want) << c.name << " on " << c.y << "-" << c.m << "-" << c.d;
-  }
+TEST_F(DateVariables, CalendarYearsKeepTheTwoDigitArithmetic) {
+  EXPECT_EQ(at(2005, 6, 15, "PREV_CAL_YEAR_START"), "01/01/4");
+  EXPECT_EQ(at(2005, 6, 15, "PREV_YEAR_END"), "31/12/4");
+  EXPECT_EQ(at(2000, 3, 1, "PREV_CAL_YEAR_START"), "01/01/-1");
+  EXPECT_EQ(at(2005, 6, 15, "CAL_YEAR_START"), "01/01/05");
+  EXPECT_EQ(at(2005, 6, 15, "CAL_YEAR_END"), "31/12/05");
+  EXPECT_EQ(at(2005, 6, 15, "NEXT_CAL_YEAR_END"), "31/12/6");
+  EXPECT_EQ(at(2099, 6, 15, "NEXT_YEAR_START"), "01/01/100");
+  EXPECT_EQ(at(2024, 6, 15, "NEXT_YEAR_START"), "01/01/25");
+}
+
+TEST_F(DateVariables, WeeksRunMondayToSunday) {
+  EXPECT_EQ(at(2024, 1, 1, "WEEK_START"), "01/01/2024");   // a Monday
+  EXPECT_EQ(at(2024, 1, 7, "WEEK_START"), "01/01/2024");   // a Sunday
+  EXPECT_EQ(at(2024, 1, 7, "WEEK_END"), "07/01/2024");     // a Sunday
+  EXPECT_EQ(at(2024, 1, 1, "WEEK_END"), "07/01/2024");
+  EXPECT_EQ(at(2024, 1, 3, "PREV_WEEK_START"), "25/12/2023");
+  EXPECT_EQ(at(2024, 1, 3, "NEXT_WEEK_END"), "14/01/2024");
+  EXPECT_EQ(at(2024, 1, 3, "PREV_WEEK_END"), "31/12/2023");
+  EXPECT_EQ(at(2024, 1, 3, "NEXT_WEEK_START"), "08/01/2024");
+}
+
+TEST_F(DateVariables, Months) {
+  EXPECT_EQ(at(2024, 2, 10, "MONTH_START"), "01/02/24");
+  EXPECT_EQ(at(2024, 2, 10, "MONTH_END"), "29/02/2024");
+  EXPECT_EQ(at(2023, 2, 10, "MONTH_END"), "28/02/2023");
+  EXPECT_EQ(at(2024, 1, 31, "PREV_MONTH_START"), "01/12/2023");
+  EXPECT_EQ(at(2024, 1, 31, "PREV_MONTH_END"), "31/12/2023");
+  EXPECT_EQ(at(2024, 1, 31, "NEXT_MONTH_START"), "01/02/2024");
+  EXPECT_EQ(at(2024, 1, 31, "NEXT_MONTH_END"), "29/02/2024");
+  EXPECT_EQ(at(2024, 12, 5, "NEXT_MONTH_END"), "31/01/2025");
 }
 
 TEST_F(DateVariables, AcademicYearFollowsWeekOneStart) {
@@ -76,6 +59,20 @@ TEST_F(DateVariables, AcademicYearFollowsWeekOneStart) {
   EXPECT_EQ(at(2024, 9, 1, "PREV_ACA_YEAR_END"), "31/07/2024");
   EXPECT_EQ(at(2024, 9, 1, "NEXT_ACA_YEAR_START"), "01/08/2025");
   EXPECT_EQ(at(2024, 9, 1, "NEXT_ACA_YEAR_END"), "31/07/2026");
+}
+
+TEST_F(DateVariables, PartsFormatsAndUnknownNames) {
+  EXPECT_EQ(at(2024, 3, 7, "YYYY"), "2024");
+  EXPECT_EQ(at(2024, 3, 7, "mm"), "03");
+  EXPECT_EQ(at(2024, 3, 7, "DD"), "07");
+  EXPECT_EQ(at(2024, 3, 7, "HH"), "14");
+  EXPECT_EQ(at(2024, 3, 7, "nn"), "05");
+  EXPECT_EQ(at(2024, 3, 7, "SS"), "09");
+  EXPECT_EQ(at(2024, 3, 7, "NULL"), "NULL");
+  EXPECT_EQ(at(2024, 3, 7, "YESTERDAY"), "NULL");
+  EXPECT_EQ(at(2024, 3, 7, " today "), "07/03/2024");
+  EXPECT_EQ(at(2024, 3, 7, "TODAY", "YYYY-MM-DD"), "2024-03-07");
+  EXPECT_EQ(at(2024, 3, 7, "TODAY", "DD-Mmm-YYYY"), "07-Mar-2024");
 }
 
 TEST_F(DateVariables, SiteDateFormatIsReadOncePerSession) {

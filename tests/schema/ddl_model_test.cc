@@ -80,16 +80,13 @@ TEST(DictionaryRows, DescribeEveryColumnWithItsTypeLetter) {
     }
     throw std::runtime_error("no field " + entity + "." + name);
   };
-  // A time text only where listed.
-  for (const auto& [name, type] : std::vector<std::pair<std::string, std::string>>{{"SEQ_ID", "N"},
-                                                                                   {"HOURS", "N"},
-                                                                                   {"AMOUNT", "N"},
-                                                                                   {"SAMPLE_DATE", "D"},
-                                                                                   {"FLAG", "B"},
-                                                                                   {"NOTE_TEXT", "S"},
-                                                                                   {"START_TIME", "S"}}) {
-    EXPECT_EQ(field("SAMPLE", name).dataType, type) << name;
-  }
+  EXPECT_EQ(field("SAMPLE", "SEQ_ID").dataType, "N");
+  EXPECT_EQ(field("SAMPLE", "HOURS").dataType, "N");
+  EXPECT_EQ(field("SAMPLE", "AMOUNT").dataType, "N");
+  EXPECT_EQ(field("SAMPLE", "SAMPLE_DATE").dataType, "D");
+  EXPECT_EQ(field("SAMPLE", "FLAG").dataType, "B");
+  EXPECT_EQ(field("SAMPLE", "NOTE_TEXT").dataType, "S");
+  EXPECT_EQ(field("SAMPLE", "START_TIME").dataType, "S");  // a time text only where listed
   EXPECT_EQ(field("SAMPLE", "NOTE_TEXT").size, 0);
   EXPECT_EQ(field("SAMPLE", "DEPT_ID").size, 10);
   EXPECT_EQ(field("SAMPLE", "SAMPLE_DATE").caption, "Sample Date");  // title case when none is kept
@@ -104,25 +101,23 @@ TEST(DictionaryRows, DescribeEveryColumnWithItsTypeLetter) {
 TEST(DictionaryRows, EntitiesCarryKeysAndRunningNumbers) {
   std::vector<DictionaryEntity> entities = dictionaryEntities(parseDdl(kDdl));
   ASSERT_EQ(entities.size(), 2u);
-  const auto text = [](const DictionaryEntity& e) {
-    return e.entity + "|" + e.caption + "|" + e.numericSeqId + "|" + e.keyStructure + "|" + e.module;
-  };
-  // No caption kept for SAMPLE.
-  EXPECT_EQ(text(entities[0]).substr(0, 36), "SAMPLE|SAMPLE|Y|VARIATION_ID,SEQ_ID|");
-  EXPECT_EQ(text(entities[1]), "PNLDEPT|Departments|N|VARIATION_ID,CODE_ID|PNL");
+  EXPECT_EQ(entities[0].entity, "SAMPLE");
+  EXPECT_EQ(entities[0].caption, "SAMPLE");  // no caption kept for it
+  EXPECT_EQ(entities[0].numericSeqId, "Y");
+  EXPECT_EQ(entities[0].keyStructure, "VARIATION_ID,SEQ_ID");
+  EXPECT_EQ(entities[1].caption, "Departments");
+  EXPECT_EQ(entities[1].numericSeqId, "N");
+  EXPECT_EQ(entities[1].module, "PNL");
 }
 
 TEST(DictionaryRows, CodeTablesByColumnAndByTable) {
-  const struct {
-    const char *table, *column, *codeTable;
-  } cases[] = {{"PNLEMPHST", "REASON_ID", "PNLEHRES"},
-               {"ADMREJECT", "REASON_ID", "ADMREASON"},
-               {"PNLEMPABS", "TYPE_ID", "PNLABSTYP"},
-               {"PNLVACST", "STAGE_ID", ""},
-               {" pnlemphesap ", " nationd_2 ", "HESNATION"},
-               {"PNLCAND", "VACANCY_ID", "PNLVACANT"},
-               {"PNLVACANT", "CODE_ID", ""}};
-  for (const auto& c : cases) EXPECT_EQ(codeTableOf(c.table, c.column), c.codeTable) << c.table << "." << c.column;
+  EXPECT_EQ(codeTableOf("PNLEMPHST", "REASON_ID"), "PNLEHRES");
+  EXPECT_EQ(codeTableOf("ADMREJECT", "REASON_ID"), "ADMREASON");
+  EXPECT_EQ(codeTableOf("PNLEMPABS", "TYPE_ID"), "PNLABSTYP");
+  EXPECT_EQ(codeTableOf("PNLVACST", "STAGE_ID"), "");
+  EXPECT_EQ(codeTableOf(" pnlemphesap ", " nationd_2 "), "HESNATION");
+  EXPECT_EQ(codeTableOf("PNLCAND", "VACANCY_ID"), "PNLVACANT");
+  EXPECT_EQ(codeTableOf("PNLVACANT", "CODE_ID"), "");
 }
 
 }  // namespace
