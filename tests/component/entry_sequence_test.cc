@@ -116,7 +116,8 @@ TEST_F(EntrySequence, NoDrivingRowsGivesFalseALaidOutRecordsetAndNoTtx) {
   EXPECT_FALSE(report.ExtractData(e.shared(), "ONE", {"NOBODY"}, rs));
   EXPECT_EQ(report.loops, 0);
   ASSERT_TRUE(rs.isOpen());
-  EXPECT_EQ(rs.fieldCount() * 10 + rs.recordCount(), 20);  // two fields, no rows
+  EXPECT_EQ(rs.fieldCount(), 2);
+  EXPECT_EQ(rs.recordCount(), 0);
   EXPECT_FALSE(ttxWritten());
 }
 

@@ -55,12 +55,15 @@ TEST(PostFigures, PaidSalaryAppliesTheRuleAsGfncWteDoes) {
   };
   // The post's own factor when there is no rule or it gives none.
   auto p = PostReview::paidSalary(rules, "H", 30000, 15, 52, 1);
-  EXPECT_EQ(std::to_string(p.factor) + " " + std::to_string(p.salary) + " " + p.note, "0.400000 12000.000000 ");
+  EXPECT_DOUBLE_EQ(p.factor, 0.4);
+  EXPECT_DOUBLE_EQ(p.salary, 12000);
+  EXPECT_EQ(p.note, "");
   p = PostReview::paidSalary(rules, "TT", 30000, 18.75, 39, std::nullopt);  // 39 x 18.75 / (37.5 x 52) = 0.375
   EXPECT_DOUBLE_EQ(p.salary, 11300);                                         // 11 250 up to the next 100
   p = PostReview::paidSalary(rules, "DIV", 30000, 37.5, 52, 0.8);
-  EXPECT_EQ(std::to_string(p.factor) + " " + std::to_string(p.salary) + " " + p.note,
-            "0.800000 24000.000000 WTE rule DIV gives no factor: the post's own factor is used");
+  EXPECT_DOUBLE_EQ(p.factor, 0.8);
+  EXPECT_DOUBLE_EQ(p.salary, 24000);
+  EXPECT_EQ(p.note, "WTE rule DIV gives no factor: the post's own factor is used");
   EXPECT_EQ(PostReview::paidSalary(rules, "", 30000, 0, 0, std::nullopt).note,
             "No WTE rule: the post's own factor is used");
   EXPECT_EQ(PostReview::paidSalary(rules, "NOPE", 30000, 0, 0, std::nullopt).salary, 30000);
