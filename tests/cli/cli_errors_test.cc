@@ -2,14 +2,14 @@
 // usage in one line with exit status 2, unknown stored queries named, and
 // the first cause of a failure shown before the error that ended it.
 
-#include <algorithm>
-#include <filesystem>
-#include <random>
-
 #include <gtest/gtest.h>
 
-#include "support/cli_runner.h"
+#include <algorithm>
+#include <filesystem>
+
 #include "data/drivers/connection.h"
+#include "support/cli_runner.h"
+#include "support/temp_dir.h"
 
 namespace orvalis::testing {
 namespace {
@@ -21,29 +21,22 @@ size_t lineCount(const std::string& text) { return static_cast<size_t>(std::coun
 class CliErrors : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    std::random_device rd;
-    dir_ = new fs::path(fs::temp_directory_path() / ("orvalis-cli-errors-" + std::to_string(rd())));
-    fs::create_directories(*dir_);
-    CliResult made = runCli({"demo-db", "--employees", "40", "--quiet"}, dir_->string());
+    dir_ = new test::TempDir("orvalis-cli-errors");
+    CliResult made = runCli({"demo-db", "--employees", "40", "--quiet"}, dir_->str());
     ASSERT_EQ(made.status, 0) << made.err;
   }
-  static void TearDownTestSuite() {
-    fs::remove_all(*dir_);
-    delete dir_;
-  }
-  CliResult run(std::vector<std::string> args) { return runCli(args, dir_->string()); }
+  static void TearDownTestSuite() { delete dir_; }
+  CliResult run(std::vector<std::string> args) { return runCli(args, dir_->str()); }
   static std::unique_ptr<Connection> connect() { return openConnection("sqlite:" + (*dir_ / "demo.db").string()); }
-  static fs::path* dir_;
+  static inline test::TempDir* dir_ = nullptr;
 };
-
-fs::path* CliErrors::dir_ = nullptr;
 
 TEST_F(CliErrors, BadOptionsFailInOneLineWithExitTwo) {
   struct Case {
     std::vector<std::string> args;
     std::string says;
   };
-  const std::string folder = dir_->string();
+  const std::string folder = dir_->str();
   const std::vector<Case> cases = {
       {{"--provider", "ORACLE", "sql", "EMPALL"}, "--provider: unknown provider \"ORACLE\""},
       {{"--set", "NOVALUE", "sql", "EMPALL"}, "--set expects NAME=VALUE"},

@@ -2,47 +2,27 @@
 // classes, resolve and extract (exit codes, JSON shape, --out).
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <atomic>
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "support/cli_runner.h"
 #include "component/class_registry.h"
 #include "data/drivers/connection.h"
 #include "reports/report_classes.h"
 #include "runtime/basic_string.h"
 #include "schema/schema.h"
+#include "support/cli_runner.h"
+#include "support/temp_dir.h"
 
 namespace orvalis {
 namespace {
 
 namespace fs = std::filesystem;
 
-std::string slurp(const fs::path& p) {
-  std::ifstream f(p, std::ios::binary);
-  std::ostringstream s;
-  s << f.rdbuf();
-  return s.str();
-}
-
 class ComponentCommands : public ::testing::Test {
  protected:
-  void SetUp() override {
-    static std::atomic<unsigned> counter{0};
-    dir = fs::temp_directory_path() /
-          ("orvalis_cli_component_" + std::to_string(::getpid()) + "_" + std::to_string(counter++));
-    fs::remove_all(dir);
-    fs::create_directories(dir);
-    dbUrl = "sqlite:" + (dir / "hr.db").string();
-  }
-  void TearDown() override { fs::remove_all(dir); }
-
   void createTables() {
     auto c = openConnection(dbUrl);
     createSchema(*c);
@@ -55,11 +35,11 @@ class ComponentCommands : public ::testing::Test {
 
   testing::CliResult run(std::vector<std::string> args) {
     args.insert(args.begin(), {"--db", dbUrl});
-    return testing::runCli(args, dir.string());
+    return testing::runCli(args, dir.str());
   }
 
-  fs::path dir;
-  std::string dbUrl;
+  test::TempDir dir{"orvalis_cli_component"};
+  std::string dbUrl = "sqlite:" + (dir / "hr.db").string();
 };
 
 TEST_F(ComponentCommands, ClassesListsMethodsAndTheReferencesThatReachEachClass) {
@@ -134,8 +114,8 @@ TEST_F(ComponentCommands, ExtractCsvIsTheDefaultOffATerminalAndOutIsWrittenWhole
   r = run({"extract", "ReportingData", "LOCATIONS", "L2", "0", "--out", file.string()});
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "");
-  EXPECT_EQ(slurp(file), "EMP_ID,KNOWNAS,LOC_ID\nE2,\"Bob, \"\"B\"\"\",L2\n");
-  for (const auto& entry : fs::directory_iterator(dir)) {
+  EXPECT_EQ(test::fileBytes(file), "EMP_ID,KNOWNAS,LOC_ID\nE2,\"Bob, \"\"B\"\"\",L2\n");
+  for (const auto& entry : fs::directory_iterator(dir.path())) {
     EXPECT_EQ(entry.path().filename().string().find("out.csv.tmp"), std::string::npos);
   }
 }

@@ -2,13 +2,13 @@
 // the generator, a stored query in two dialects and run, and the diary.
 // Reports run end to end in the golden files (tests/reports/golden).
 
-#include <filesystem>
-#include <random>
-
 #include <gtest/gtest.h>
+
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "support/cli_runner.h"
+#include "support/temp_dir.h"
 
 namespace orvalis::testing {
 namespace {
@@ -16,22 +16,14 @@ namespace {
 class DemoCli : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    std::random_device rd;
-    dir_ = new std::filesystem::path(std::filesystem::temp_directory_path() /
-                                     ("orvalis-demo-cli-" + std::to_string(rd())));
-    std::filesystem::create_directories(*dir_);
-    CliResult made = runCli({"demo-db", "--employees", "60", "--quiet"}, dir_->string());
+    dir_ = new test::TempDir("orvalis-demo-cli");
+    CliResult made = runCli({"demo-db", "--employees", "60", "--quiet"}, dir_->str());
     ASSERT_EQ(made.status, 0) << made.err;
   }
-  static void TearDownTestSuite() {
-    std::filesystem::remove_all(*dir_);
-    delete dir_;
-  }
-  CliResult run(std::vector<std::string> args) { return runCli(args, dir_->string()); }
-  static std::filesystem::path* dir_;
+  static void TearDownTestSuite() { delete dir_; }
+  CliResult run(std::vector<std::string> args) { return runCli(args, dir_->str()); }
+  static inline test::TempDir* dir_ = nullptr;
 };
-
-std::filesystem::path* DemoCli::dir_ = nullptr;
 
 TEST_F(DemoCli, GeneratorRefusesToOverwrite) {
   CliResult again = run({"demo-db", "--employees", "10", "--quiet"});

@@ -1,28 +1,21 @@
 // The foundation commands end to end through the built tool.
 
-#include <filesystem>
-#include <random>
-
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "support/cli_runner.h"
+#include "support/temp_dir.h"
 
 namespace orvalis::testing {
 namespace {
 
 class FoundationCli : public ::testing::Test {
  protected:
-  void SetUp() override {
-    std::random_device rd;
-    dir_ = std::filesystem::temp_directory_path() / ("orvalis-cli-" + std::to_string(rd()));
-    std::filesystem::create_directories(dir_);
-    db_ = "sqlite:" + (dir_ / "hr.db").string();
-  }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
-  CliResult run(std::vector<std::string> args) { return runCli(args, dir_.string()); }
+  CliResult run(std::vector<std::string> args) { return runCli(args, dir_.str()); }
 
-  std::filesystem::path dir_;
-  std::string db_;
+  test::TempDir dir_{"orvalis-cli"};
+  std::string db_ = "sqlite:" + (dir_ / "hr.db").string();
 };
 
 TEST_F(FoundationCli, InitDbThenControlParameters) {

@@ -32,12 +32,9 @@ const std::string kBlock =
     "------Parameters =   \r\n"
     "************************************";
 
-TEST(ErrorBlock, DumpItemsKeepTheirTexts) {
+TEST(ErrorBlock, MatchesTheHostsLayoutByteForByte) {
   EXPECT_EQ(Dump().item("STRLOC_ID:", "L1").item("BOLCOUNT:", true).item("INTCOUNT:", 3).text(),
             "STRLOC_ID:L1\r\nBOLCOUNT:True\r\nINTCOUNT:3\r\n");
-}
-
-TEST(ErrorBlock, MatchesTheHostsLayoutByteForByte) {
   std::string vars =
       Dump().item("STRLOC_ID:", "L1").item("BOLCOUNT:", false).item("STRSQL = ", "select 1").text();
   EXPECT_EQ(buildErrorBlock("ORVALIS", "ReportingData", "LOCATIONS", 2, "no such table: PNLEMPMST", vars, ""),
@@ -127,36 +124,30 @@ class ErrorComponentHandler : public ::testing::Test {
   std::shared_ptr<ErrorRecorder> recorder;
 };
 
-TEST_F(ErrorComponentHandler, RetryRunsTheFailingStepAgain) {
-  recorder->setAnswers({kAnswerRetry});
-  int result = 0;
-  EXPECT_EQ(runSteps(1, &result), "10 20 20 30 ");
-  EXPECT_EQ(result, 3);
-  ASSERT_EQ(recorder->errors().size(), 1u);
-  const RecordedError& e = recorder->errors()[0];
-  EXPECT_EQ(e.component, "ORVPAYBO");
-  EXPECT_EQ(e.module, "HRDataFunctions");
-  EXPECT_EQ(e.procedure, "gfncSample");
-  EXPECT_EQ(e.number, err::kDatabase);
-  EXPECT_EQ(e.description, "database is locked");
-  EXPECT_EQ(e.line, 20);
-  EXPECT_EQ(e.variables, "STRSQL = select 1\r\n");
-  EXPECT_EQ(e.parameters, "");
-}
-
-TEST_F(ErrorComponentHandler, SkipGoesOnWithTheNextStep) {
-  recorder->setAnswers({kAnswerSkip});
-  int result = 0;
-  EXPECT_EQ(runSteps(1, &result), "10 20 30 ");
-  EXPECT_EQ(result, 3);
-}
-
-TEST_F(ErrorComponentHandler, LeaveEndsTheProcedureQuietlyWithItsCurrentResult) {
-  recorder->setAnswers({1});  // any answer but 4 and 5 leaves
-  int result = 0;
-  EXPECT_EQ(runSteps(1, &result), "10 20 ");
-  EXPECT_EQ(result, 1);
-  EXPECT_EQ(recorder->errors().size(), 1u);
+TEST_F(ErrorComponentHandler, RetryRunsTheStepAgainSkipGoesOnLeaveEndsWithTheCurrentResult) {
+  const struct {
+    int answer;
+    const char* trail;
+    int result;
+  } cases[] = {
+      {kAnswerRetry, "10 20 20 30 ", 3},
+      {kAnswerSkip, "10 20 30 ", 3},
+      {1, "10 20 ", 1},  // any answer but 4 and 5 leaves
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.answer);
+    SetUp();  // a fresh recorder
+    recorder->setAnswers({c.answer});
+    int result = 0;
+    EXPECT_EQ(runSteps(1, &result), c.trail);
+    EXPECT_EQ(result, c.result);
+    ASSERT_EQ(recorder->errors().size(), 1u);
+    const RecordedError& e = recorder->errors()[0];
+    EXPECT_EQ(e.component + "|" + e.module + "|" + e.procedure + "|" + std::to_string(e.number) + "|" + e.description +
+                  "|" + std::to_string(e.line) + "|" + e.variables + "|" + e.parameters,
+              "ORVPAYBO|HRDataFunctions|gfncSample|" + std::to_string(err::kDatabase) +
+                  "|database is locked|20|STRSQL = select 1\r\n|");
+  }
 }
 
 TEST_F(ErrorComponentHandler, LastingRetryIsCappedThenLeft) {
@@ -211,12 +202,6 @@ TEST_F(ErrorComponentHandler, CallerGoesOnAfterAnInnerProcedureIsLeft) {
   ASSERT_EQ(recorder->errors().size(), 1u);
   EXPECT_EQ(recorder->errors()[0].procedure, "gfncOpenRecordset");
 }
-
-}  // namespace
-}  // namespace orvalis
-
-namespace orvalis {
-namespace {
 
 // Whatever the standing answer, a failure of the database is not skipped:
 // a read that lost its connection is run again once, the rest are left.

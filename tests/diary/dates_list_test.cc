@@ -130,12 +130,6 @@ TEST_F(DatesList, CenturyCountsEveryDayOnce) {
   EXPECT_EQ(static_cast<size_t>(weekdays) * 2 * 2 * 16 - 3, listed().size());  // "DD/MM/YYYY+AM" and "-!-"
 }
 
-}  // namespace
-}  // namespace orvalis::testing
-
-namespace orvalis::testing {
-namespace {
-
 // The diary reads its own date texts and SQLite's ISO columns without the
 // general parser: every date of two centuries, and texts that are no date,
 // read as parseDate reads them.

@@ -23,6 +23,7 @@
 #include "diary/diary.h"
 #include "runtime/basic_string.h"
 #include "support/databases.h"
+#include "support/report_rows.h"
 #include "support/test_environment.h"
 
 namespace orvalis::testing {
@@ -147,11 +148,7 @@ TEST_P(PostsAhead, AnEmployeeWithoutPostsCountsNothing) {
                                  reference, "Y"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, PostsAhead,
-                         ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL),
-                         [](const ::testing::TestParamInfo<test::Engine>& info) {
-                           return std::string(test::engineName(info.param));
-                         });
+ORVALIS_ON_SQLITE_AND_POSTGRESQL(PostsAhead);
 
 }  // namespace
 }  // namespace orvalis::testing

@@ -23,39 +23,41 @@ class Posts : public DiaryTest {
   }
 };
 
-TEST_F(Posts, PostDatesClipTheAbsence) {
-  post("E1", 1, "MF", 20, "R", "2024-01-10");                // starts on the Wednesday
-  post("E1", 2, "MF", 20, "R", "2023-01-01", "2024-01-05");  // ended the Friday before
-  post("E1", 3, "MF", 20, "R", "2024-01-15");                // starts after the absence
-  double hours = 0;
-  EXPECT_EQ(3, week(&hours));
-  EXPECT_DOUBLE_EQ(3 * 4, hours);
-}
-
-TEST_F(Posts, PostEndingInsideTheAbsence) {
-  post("E1", 1, "MF", 20, "R", "2023-01-01", "2024-01-09");
-  EXPECT_EQ(2, week());
-}
-
-TEST_F(Posts, OverlappingPostsCountDaysOnceAndHoursPerPost) {
-  post("E1", 1, "MF", 20);
-  post("E1", 2, "MF", 17);
-  double hours = 0;
-  EXPECT_EQ(5, week(&hours));
-  EXPECT_DOUBLE_EQ(5 * (4 + 3.4), hours);
-  // The same with halves told apart.
+TEST_F(Posts, PostDatesAndHoursDecideTheDaysCounted) {
+  struct P {
+    int seq;
+    std::optional<double> hours;
+    const char *start, *end;
+  };
+  const struct {
+    const char* name;
+    std::vector<P> posts;
+    int days;
+    double hours;
+  } cases[] = {
+      // Starts on the Wednesday; ended the Friday before; starts after.
+      {"post dates clip the absence",
+       {{1, 20, "2024-01-10", ""}, {2, 20, "2023-01-01", "2024-01-05"}, {3, 20, "2024-01-15", ""}},
+       3,
+       3 * 4},
+      {"a post ending inside the absence", {{1, 20, "2023-01-01", "2024-01-09"}}, 2, 2 * 4},
+      // No hours reads as 0 as well.
+      {"zero-hours posts add nothing", {{1, 0, "", ""}, {2, std::nullopt, "", ""}}, 0, 0},
+      {"overlapping posts count days once and hours per post", {{1, 20, "", ""}, {2, 17, "", ""}}, 5, 5 * (4 + 3.4)},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    exec("delete from PNLEMPHST");
+    for (const P& p : c.posts) post("E1", p.seq, "MF", p.hours, "R", p.start, p.end);
+    double hours = 1;
+    EXPECT_EQ(c.days, week(&hours));
+    EXPECT_DOUBLE_EQ(c.hours, hours);
+  }
+  // The overlapping posts (the last case) with halves told apart.
   auto patterns = run();
   double h = 0;
   EXPECT_EQ(5, gfncDiaryNoOfDays("E1", "08/01/2024", "AM", "12/01/2024", "PM", "S", "", h, "", "", *patterns, "N"));
   EXPECT_DOUBLE_EQ(5 * (4 + 3.4), h);
-}
-
-TEST_F(Posts, ZeroHoursPostsAddNothing) {
-  post("E1", 1, "MF", 0);
-  post("E1", 2, "MF", std::nullopt);  // no hours reads as 0 as well
-  double hours = 1;
-  EXPECT_EQ(0, week(&hours));
-  EXPECT_EQ(0, hours);
 }
 
 TEST_F(Posts, StatusSelectsCurrentPosts) {

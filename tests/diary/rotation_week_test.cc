@@ -65,18 +65,32 @@ class FixedPattern : public DiaryTest {
   }
 };
 
-TEST_F(FixedPattern, WeeksAlternateFromTheCategoryAnchor) {
-  EXPECT_FALSE(worked(date(2024, 1, 1)));  // before the anchor
-  EXPECT_FALSE(worked(date(2024, 1, 8)));  // Monday, week 2
-  EXPECT_TRUE(worked(date(2024, 1, 9)));   // Tuesday, week 2
-  EXPECT_TRUE(worked(date(2024, 1, 15)));  // Monday, week 1
-  EXPECT_FALSE(worked(date(2024, 1, 16)));
-}
-
-TEST_F(FixedPattern, PostAnchorWinsOverCategoryStart) {
+// Weeks alternate from the category's anchor; a post's anchor wins over
+// it; an end date stops the pattern; no anchor and one week works every
+// week.
+TEST_F(FixedPattern, WhichDaysAreWorked) {
   post("E1", 2, "ROT", 15.5, "R", "", "", "2024-01-08");
-  EXPECT_TRUE(worked(date(2024, 1, 8), "", nullptr, 2));   // week 1 of the post's rotation
-  EXPECT_FALSE(worked(date(2024, 1, 9), "", nullptr, 2));
+  fixedCategory("ENDS", "1", "2024-01-01", "2024-01-10");
+  slot("ENDS", 1, 1, "DAY", 7);
+  post("E1", 3, "ENDS", 7);
+  fixedCategory("WEEKLY", "1");
+  slot("WEEKLY", 1, 3, "DAY", 7);
+  post("E1", 4, "WEEKLY", 7);
+  const struct {
+    int post, day;
+    bool worked;
+  } cases[] = {
+      {1, 1, false},                 // before the anchor
+      {1, 8, false},                 // Monday, week 2
+      {1, 9, true},                  // Tuesday, week 2
+      {1, 15, true},                 // Monday, week 1
+      {1, 16, false}, {2, 8, true},  // week 1 of the post's rotation
+      {2, 9, false},  {3, 8, true},  {3, 15, false}, {4, 3, true},  {4, 10, true},
+      {4, 17, true},  {4, 24, true}, {4, 31, true},  {4, 4, false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.worked, worked(date(2024, 1, c.day), "", nullptr, c.post)) << "post " << c.post << ", day " << c.day;
+  }
 }
 
 TEST_F(FixedPattern, SlotsAnswerHalvesAndWholeDays) {
@@ -87,30 +101,12 @@ TEST_F(FixedPattern, SlotsAnswerHalvesAndWholeDays) {
   EXPECT_EQ("09:00", start);
   EXPECT_TRUE(worked(date(2024, 1, 15), "", &h, 1, &start, &end));
   EXPECT_EQ(7.5, h);
-  EXPECT_EQ("09:00", start);
-  EXPECT_EQ("17:00", end);
+  EXPECT_EQ("09:00-17:00", start + "-" + end);
   // A whole-day row gives each half half its hours, split at its midpoint.
   EXPECT_TRUE(worked(date(2024, 1, 9), "PM", &h, 1, &start, &end));
   EXPECT_EQ(4, h);
-  EXPECT_EQ("13:00", start);
-  EXPECT_EQ("17:00", end);
+  EXPECT_EQ("13:00-17:00", start + "-" + end);
   EXPECT_EQ("17:00", env_->GlobalVariable("WorkingDayEndTime").text());
-}
-
-TEST_F(FixedPattern, EndDateStopsThePattern) {
-  fixedCategory("ENDS", "1", "2024-01-01", "2024-01-10");
-  slot("ENDS", 1, 1, "DAY", 7);
-  post("E1", 3, "ENDS", 7);
-  EXPECT_TRUE(worked(date(2024, 1, 8), "", nullptr, 3));
-  EXPECT_FALSE(worked(date(2024, 1, 15), "", nullptr, 3));
-}
-
-TEST_F(FixedPattern, NoAnchorAndOneWeekWorksEveryWeek) {
-  fixedCategory("WEEKLY", "1");
-  slot("WEEKLY", 1, 3, "DAY", 7);
-  post("E1", 4, "WEEKLY", 7);
-  for (int day : {3, 10, 17, 24, 31}) EXPECT_TRUE(worked(date(2024, 1, day), "", nullptr, 4)) << day;
-  EXPECT_FALSE(worked(date(2024, 1, 4), "", nullptr, 4));
 }
 
 TEST_F(FixedPattern, AbsenceTimesNarrowTheSlotHours) {

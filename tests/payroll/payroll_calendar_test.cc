@@ -1,15 +1,17 @@
 // The payroll calendar of a template: current and previous periods, period
 // and pay-year dates.
+#include "payroll/payroll_calendar.h"
+
 #include <gtest/gtest.h>
 
 #include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"
-#include "payroll/payroll_calendar.h"
 #include "runtime/clock.h"
 #include "schema/schema.h"
 #include "support/databases.h"
+#include "support/test_environment.h"
 
 namespace orvalis::testing {
 namespace {
@@ -18,12 +20,7 @@ class PayrollCalendar : public ::testing::Test {
  protected:
   void SetUp() override {
     db_ = std::make_unique<test::ScratchDatabase>(test::Engine::SQLite);
-    StandaloneConfig config;
-    config.hrUrl = db_->url();
-    config.companyCode = "ORV01";
-    config.userCode = "ADMIN";
-    env_ = std::make_shared<StandaloneEnvironment>(config);
-    HREnvironment::set(env_);
+    env_ = test::installEnvironment(db_->url());
     createSchema(env_->hrConnection());
     clearControlCache();
     exec("insert into PAYTMPLT (VARIATION_ID, CODE_ID, PERIODS_PER_YEAR) values ('ORV01', 'M', 12), "

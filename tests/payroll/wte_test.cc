@@ -1,6 +1,8 @@
 // Whole-time equivalence: the factor of each operator, the salary rounding
 // to the rule's step and to pence, the keyed text read and written by
 // gfncWTE against the rules of PNLWTE; and the CPD factor's day counting.
+#include "payroll/wte.h"
+
 #include <gtest/gtest.h>
 
 #include "component/errors/recording_error_component.h"
@@ -8,7 +10,7 @@
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"
 #include "payroll/cpd_factor.h"
-#include "payroll/wte.h"
+#include "runtime/basic_date.h"
 #include "runtime/keyed_text.h"
 #include "schema/schema.h"
 #include "support/databases.h"
@@ -66,31 +68,27 @@ TEST(WteRule, CombinedRuleEndsEarlyWithoutWeeksOrHours) {
   EXPECT_FALSE(run({"C", "", 37.5, 52, 0}, 20000, 20, 39).ended);
 }
 
-TEST(WteRounding, StepUpDownAndNearestAtTheirEdges) {
-  // Exact multiples never move, whatever the rule (binary noise included).
-  EXPECT_DOUBLE_EQ(roundSalary(20000, 100, "U"), 20000);
-  EXPECT_DOUBLE_EQ(roundSalary(20000, 100, "D"), 20000);
-  EXPECT_DOUBLE_EQ(roundSalary(0.1 * 3 * 1000, 100, "U"), 300);
-  // Just past a step: up goes to the next, down stays.
-  EXPECT_DOUBLE_EQ(roundSalary(20000.01, 100, "U"), 20100);
-  EXPECT_DOUBLE_EQ(roundSalary(20000.01, 100, "D"), 20000);
-  EXPECT_DOUBLE_EQ(roundSalary(20099.99, 100, "D"), 20000);
-  EXPECT_DOUBLE_EQ(roundSalary(20099.99, 100, "U"), 20100);
-  // Other rounding: nearest step, halves away from zero.
-  EXPECT_DOUBLE_EQ(roundSalary(20049.99, 100, ""), 20000);
-  EXPECT_DOUBLE_EQ(roundSalary(20050, 100, ""), 20100);
-  EXPECT_DOUBLE_EQ(roundSalary(-20050, 100, ""), -20100);
-  // A negative step is its size.
-  EXPECT_DOUBLE_EQ(roundSalary(20000.01, -100, "U"), 20100);
-  // Fractional steps (to the nearest 50p, up).
-  EXPECT_DOUBLE_EQ(roundSalary(10.01, 0.5, "U"), 10.5);
-}
-
-TEST(WteRounding, PenceHalvesAwayFromZeroWithoutAStep) {
-  EXPECT_DOUBLE_EQ(roundSalary(2.675, 0, ""), 2.68);
-  EXPECT_DOUBLE_EQ(roundSalary(2.674999, 0, "U"), 2.67);
-  EXPECT_DOUBLE_EQ(roundSalary(-2.675, 0, ""), -2.68);
-  EXPECT_DOUBLE_EQ(roundSalary(1234.5, 0, "D"), 1234.5);
+// Exact multiples never move, whatever the rule (binary noise included);
+// just past a step up goes to the next, down stays; other rounding is to
+// the nearest step, halves away from zero; a negative step is its size;
+// fractional steps (to the nearest 50p, up). Without a step: pence, halves
+// away from zero.
+TEST(WteRounding, StepsAndPenceAtTheirEdges) {
+  const struct {
+    double salary, step;
+    const char* rule;
+    double want;
+  } cases[] = {
+      {20000, 100, "U", 20000},    {20000, 100, "D", 20000},     {0.1 * 3 * 1000, 100, "U", 300},
+      {20000.01, 100, "U", 20100}, {20000.01, 100, "D", 20000},  {20099.99, 100, "D", 20000},
+      {20099.99, 100, "U", 20100}, {20049.99, 100, "", 20000},   {20050, 100, "", 20100},
+      {-20050, 100, "", -20100},   {20000.01, -100, "U", 20100}, {10.01, 0.5, "U", 10.5},
+      {2.675, 0, "", 2.68},        {2.674999, 0, "U", 2.67},     {-2.675, 0, "", -2.68},
+      {1234.5, 0, "D", 1234.5},
+  };
+  for (const auto& c : cases) {
+    EXPECT_DOUBLE_EQ(roundSalary(c.salary, c.step, c.rule), c.want) << c.salary << " " << c.step << " " << c.rule;
+  }
 }
 
 class WteData : public ::testing::Test {
@@ -172,22 +170,41 @@ TEST_F(WteData, EarlyEndsAndNothingToDoLeaveTheTextAlone) {
   EXPECT_TRUE(errors_->errors().empty());
 }
 
+// The share of a period an event covers, counting inclusive days, by the
+// dated form and (where every date reads) by the day-number form.
 TEST(CpdFactor, InclusiveDaysClippedToThePeriod) {
-  using payroll::gfncCPDFactor;
-  // The whole period, and more, is 1.
-  EXPECT_DOUBLE_EQ(gfncCPDFactor("01/01/2024", "31/12/2024", "01/01/2024", "31/12/2024"), 1.0);
-  EXPECT_DOUBLE_EQ(gfncCPDFactor("01/01/2024", "31/12/2024", "01/06/2020", ""), 1.0);
-  // One day of a 366-day year, on either edge.
-  EXPECT_DOUBLE_EQ(gfncCPDFactor("01/01/2024", "31/12/2024", "31/12/2024", "15/01/2025"), 1.0 / 366);
-  EXPECT_DOUBLE_EQ(gfncCPDFactor("2024-01-01", "2024-12-31", "2023-12-01", "2024-01-01"), 1.0 / 366);
-  // A single-day period covered.
-  EXPECT_DOUBLE_EQ(gfncCPDFactor("05/03/2024", "05/03/2024", "05/03/2024", "05/03/2024"), 1.0);
-  // Disjoint, reversed, or unreadable: 0.
-  EXPECT_EQ(gfncCPDFactor("01/01/2024", "31/12/2024", "01/01/2025", "31/01/2025"), 0);
-  EXPECT_EQ(gfncCPDFactor("01/01/2024", "31/12/2024", "01/12/2023", "31/12/2023"), 0);
-  EXPECT_EQ(gfncCPDFactor("31/12/2024", "01/01/2024", "01/06/2024", "30/06/2024"), 0);
-  EXPECT_EQ(gfncCPDFactor("01/01/2024", "31/12/2024", "30/06/2024", "01/06/2024"), 0);
-  EXPECT_EQ(gfncCPDFactor("not a date", "31/12/2024", "01/06/2024", "30/06/2024"), 0);
+  const struct {
+    const char *as, *ae, *es, *ee;
+    double want;
+  } cases[] = {
+      // The whole period, and more, is 1.
+      {"01/01/2024", "31/12/2024", "01/01/2024", "31/12/2024", 1.0},
+      {"01/01/2024", "31/12/2024", "01/06/2020", "", 1.0},
+      {"2024-08-01", "2025-07-31", "2020-01-01", "2030-01-01", 1.0},
+      // One day of a 366-day year, on either edge.
+      {"01/01/2024", "31/12/2024", "31/12/2024", "15/01/2025", 1.0 / 366},
+      {"2024-01-01", "2024-12-31", "2023-12-01", "2024-01-01", 1.0 / 366},
+      // Inside, and spanning the start, of a 365-day academic year.
+      {"2024-08-01", "2025-07-31", "2024-10-01", "2024-10-10", 10.0 / 365},
+      {"2024-08-01", "2025-07-31", "2024-07-25", "2024-08-03", 3.0 / 365},
+      // A single-day period covered.
+      {"05/03/2024", "05/03/2024", "05/03/2024", "05/03/2024", 1.0},
+      // Disjoint, reversed, or unreadable: 0.
+      {"01/01/2024", "31/12/2024", "01/01/2025", "31/01/2025", 0},
+      {"01/01/2024", "31/12/2024", "01/12/2023", "31/12/2023", 0},
+      {"2024-08-01", "2025-07-31", "2025-08-01", "2025-08-02", 0},
+      {"31/12/2024", "01/01/2024", "01/06/2024", "30/06/2024", 0},
+      {"01/01/2024", "31/12/2024", "30/06/2024", "01/06/2024", 0},
+      {"not a date", "31/12/2024", "01/06/2024", "30/06/2024", 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.as) + " - " + c.ae + ": " + c.es + " - " + c.ee);
+    EXPECT_DOUBLE_EQ(payroll::gfncCPDFactor(c.as, c.ae, c.es, c.ee), c.want);
+    const auto as = parseDate(c.as), ae = parseDate(c.ae), es = parseDate(c.es), ee = parseDate(c.ee);
+    if (as && ae && es && ee) {
+      EXPECT_DOUBLE_EQ(payroll::cpdFactorDays(as->days(), ae->days(), es->days(), ee->days()), c.want);
+    }
+  }
 }
 
 }  // namespace

@@ -62,8 +62,7 @@ class OrGroups : public QueryEngineTest {
     d.criterion("NOTEOR", "PNLEMPMST.LOC_ID", "EQ", "L01");
     d.criterion("PLAIN", "PNLEMPMST.SURNAME", "EQ", "Smith OR Jones");
     d.grid("HANDOR", "PNLEMPMST", "U", "", "Y", 3);
-    d.grid("QUOTED", "PNLEMPMST", "N", "", "Y", 4);
-    d.gridColumn("QUOTED", "PNLEMPMST.EMP_ID", 1);
+    d.query("QUOTED", "PNLEMPMST", "N", {"PNLEMPMST.EMP_ID"}, {}, "", "Y", 4);
     d.reconnect("", "RUSER");
   }
   std::vector<std::string> rows(const std::string& query) {
@@ -95,11 +94,8 @@ class OrGroupText : public QueryTest {
     db().note(1, "OR PNLEMPMST.LOC_ID = 'L02'");
     db().note(2, "select EMP_ID from PNLEMPMST where A = 1 OR B = 2 order by EMP_ID");
     db().note(3, "AND (PNLEMPMST.LOC_ID = 'L01' OR PNLEMPMST.LOC_ID = 'L02')");
-    db().grid("NOTEOR", "PNLEMPMST", "S", "", "Y", 1);
-    db().gridColumn("NOTEOR", "PNLEMPMST.EMP_ID", 1);
-    db().criterion("NOTEOR", "PNLEMPMST.LOC_ID", "EQ", "L01");
-    db().grid("NESTED", "PNLEMPMST", "X", "", "Y", 3);
-    db().gridColumn("NESTED", "PNLEMPMST.EMP_ID", 1);
+    db().query("NOTEOR", "PNLEMPMST", "S", {"PNLEMPMST.EMP_ID"}, {{"PNLEMPMST.LOC_ID", "EQ", "L01"}}, "", "Y", 1);
+    db().query("NESTED", "PNLEMPMST", "X", {"PNLEMPMST.EMP_ID"}, {}, "", "Y", 3);
     db().grid("HANDOR", "PNLEMPMST", "U", "", "Y", 2);
   }
   std::string where(const std::string& provider, const std::string& query) {

@@ -57,21 +57,19 @@ class BuiltQueries : public QueryEngineTest {
 
 TEST_P(BuiltQueries, OrdinaryQueryWithCriteriaAndSpecialColumns) {
   auto& d = db();
-  d.grid("Q", "PNLEMPMST", "X");
-  d.gridColumn("Q", "PNLEMPMST.EMP_ID", 1);
-  d.gridColumn("Q", "PNLEMPMST.DEPT_ID", 2);
-  d.gridColumn("Q", "PNLEMPMST.HOME_ADD_ID", 3);
-  d.gridColumn("Q", "PNLEMPMST.HOME_PHONE_HOME", 4);
-  d.criterion("Q", "PNLEMPMST.SURNAME", "BW", "Smi");
-  d.criterion("Q", "PNLEMPMST.SALARY", "BN", "20000,50000");
-  d.criterion("Q", "PNLEMPMST.DATE_START", ">", "01/01/2019");
+  d.query("Q", "PNLEMPMST", "X",
+          {"PNLEMPMST.EMP_ID", "PNLEMPMST.DEPT_ID", "PNLEMPMST.HOME_ADD_ID", "PNLEMPMST.HOME_PHONE_HOME"},
+          {{"PNLEMPMST.SURNAME", "BW", "Smi"},
+           {"PNLEMPMST.SALARY", "BN", "20000,50000"},
+           {"PNLEMPMST.DATE_START", ">", "01/01/2019"}});
   EXPECT_EQ(run("Q", "EMP_ID"), (Rows{"E001", "E002"})) << last_;
   EXPECT_EQ(run("Q", "DEPT_ID"), (Rows{"Finance", "Sales"})) << last_;
   EXPECT_EQ(run("Q", "HOMEPOST_CODE"), (Rows{"AB1 2CD", "EF3 4GH"})) << last_;
   EXPECT_EQ(run("Q", "HOME_PHONE_HOME"), (Rows{"01234", "05678"})) << last_;
 }
 
-TEST_P(BuiltQueries, ComparisonCodes) {
+TEST_P(BuiltQueries, ComparisonCodesAndDateVariables) {
+  clock::Pinned pin(*DateTime::fromParts(2024, 3, 20));
   auto& d = db();
   const struct {
     const char* item;
@@ -89,66 +87,43 @@ TEST_P(BuiltQueries, ComparisonCodes) {
       {"PNLEMPMST.KNOWNAS", "NC", "Ob", {"E001", "E002", "E004"}},
       {"PNLEMPMST.SALARY", ">=", "45000", {"E002", "E003"}},
       {"PNLEMPMST.DATE_START", "<", "01/01/2020", {"E001"}},
+      {"PNLEMPMST.DATE_START", "EQ", "<YYYY>", {"E003", "E004"}},
+      {"PNLEMPMST.DATE_START", ">=", "<PREV_MONTH_START>", {"E004"}},
+      {"PNLEMPMST.DATE_START", "BN", "<CAL_YEAR_START>,<TODAY>", {"E003", "E004"}},
   };
   int n = 0;
   for (const auto& c : cases) {
     std::string id = "C" + std::to_string(++n);
-    d.grid(id, "PNLEMPMST", "X");
-    d.gridColumn(id, "PNLEMPMST.EMP_ID", 1);
-    d.criterion(id, c.item, c.function, c.value);
+    d.query(id, "PNLEMPMST", "X", {"PNLEMPMST.EMP_ID"}, {{c.item, c.function, c.value}});
     EXPECT_EQ(run(id, "EMP_ID"), c.rows) << c.function << " " << c.value << ": " << last_;
   }
-}
-
-TEST_P(BuiltQueries, DateVariablesAndParts) {
-  clock::Pinned pin(*DateTime::fromParts(2024, 3, 20));
-  auto& d = db();
-  d.grid("Y", "PNLEMPMST", "X");
-  d.gridColumn("Y", "PNLEMPMST.EMP_ID", 1);
-  d.criterion("Y", "PNLEMPMST.DATE_START", "EQ", "<YYYY>");
-  EXPECT_EQ(run("Y", "EMP_ID"), (Rows{"E003", "E004"})) << last_;
-  d.grid("M", "PNLEMPMST", "X");
-  d.gridColumn("M", "PNLEMPMST.EMP_ID", 1);
-  d.criterion("M", "PNLEMPMST.DATE_START", ">=", "<PREV_MONTH_START>");
-  EXPECT_EQ(run("M", "EMP_ID"), (Rows{"E004"})) << last_;
-  d.grid("W", "PNLEMPMST", "X");
-  d.gridColumn("W", "PNLEMPMST.EMP_ID", 1);
-  d.criterion("W", "PNLEMPMST.DATE_START", "BN", "<CAL_YEAR_START>,<TODAY>");
-  EXPECT_EQ(run("W", "EMP_ID"), (Rows{"E003", "E004"})) << last_;
 }
 
 TEST_P(BuiltQueries, EmployeeTablesAndTheCurrentEmployee) {
   auto& d = db();
   d.control("PNL", "ABSDECPT", "2");
-  d.grid("ABS", "PNLEMPABS", "S");
-  d.gridColumn("ABS", "PNLEMPABS.SEQ_ID", 1);
-  d.gridColumn("ABS", "PNLEMPABS.DURATION", 2);
-  d.gridColumn("ABS", "PNLEMPMST.SURNAME", 3);
-  d.criterion("ABS", "PNLEMPABS.DURATION", ">", "1.2");
+  d.query("ABS", "PNLEMPABS", "S", {"PNLEMPABS.SEQ_ID", "PNLEMPABS.DURATION", "PNLEMPMST.SURNAME"},
+          {{"PNLEMPABS.DURATION", ">", "1.2"}});
   d.reconnect("", "ADMIN", {{"EMP_ID", "E001"}});
   EXPECT_EQ(run("ABS", "SEQ_ID"), (Rows{"0000000001", "0000000003"})) << last_;
   EXPECT_EQ(run("ABS", "DURATION"), (Rows{"1.5", "3"})) << last_;
   EXPECT_EQ(run("ABS", "SURNAME"), (Rows{"Smith", "Smith"})) << last_;
-  d.grid("V", "PNLEMPABS", "V", "", "Y");
-  d.gridColumn("V", "PNLEMPABS.SEQ_ID", 1);
+  d.query("V", "PNLEMPABS", "V", {"PNLEMPABS.SEQ_ID"}, {}, "", "Y");
   EXPECT_EQ(run("V", "SEQ_ID"), Rows{}) << last_;
 }
 
 TEST_P(BuiltQueries, NowhereReadsEveryCompany) {
   auto& d = db();
-  d.grid("ALL", "PNLEMPMST", "A", "Every company NOWHERE");
-  d.gridColumn("ALL", "PNLEMPMST.SURNAME", 1);
-  d.criterion("ALL", "PNLEMPMST.EMP_ID", "EQ", "E001");
+  d.query("ALL", "PNLEMPMST", "A", {"PNLEMPMST.SURNAME"}, {{"PNLEMPMST.EMP_ID", "EQ", "E001"}},
+          "Every company NOWHERE");
   EXPECT_EQ(run("ALL", "SURNAME"), (Rows{"Other", "Smith"})) << last_;
   EXPECT_EQ(run("ALL", "EMP_ID"), (Rows{"E001", "E001"})) << last_;
 }
 
 TEST_P(BuiltQueries, VacanciesAndCandidates) {
   auto& d = db();
-  d.grid("CAND", "PNLCAND", "X");
-  d.gridColumn("CAND", "PNLCAND.CAN_SURNAME", 1);
-  d.gridColumn("CAND", "PNLVACANT.DESCRIPTION", 2);
-  d.criterion("CAND", "PNLVACANT.DEPT_ID", "EQ", "D1");
+  d.query("CAND", "PNLCAND", "X", {"PNLCAND.CAN_SURNAME", "PNLVACANT.DESCRIPTION"},
+          {{"PNLVACANT.DEPT_ID", "EQ", "D1"}});
   EXPECT_EQ(run("CAND", "CAN_SURNAME"), (Rows{"Able", "Cole"})) << last_;
   EXPECT_EQ(run("CAND", "DESCRIPTION"), (Rows{"Clerk", "Clerk"})) << last_;
 }
@@ -177,8 +152,7 @@ TEST_P(BuiltQueries, OrdinaryQueriesGetTheRestrictionsWhenAsked) {
   auto& d = db();
   d.restriction("ACC1", "PNLEMPMST.DEPT_ID", "D1,D2");
   d.restriction("ACC1", "PNLEMPMST.SURNAME", "Smith*");
-  d.grid("R", "PNLEMPABS", "X", "", "Y");
-  d.gridColumn("R", "PNLEMPABS.SEQ_ID", 1);
+  d.query("R", "PNLEMPABS", "X", {"PNLEMPABS.SEQ_ID"}, {}, "", "Y");
   d.reconnect();
   EXPECT_EQ(run("R", "SEQ_ID"), (Rows{"0000000001", "0000000002", "0000000003"})) << last_;
   d.exec("delete from ADMFDAC");
@@ -197,8 +171,7 @@ TEST_P(BuiltQueries, SelfServiceQueriesFollowTheOrganisationStructure) {
          "('ORV01', 'E001', 'ORG', 'MID', 'X'), ('ORV01', 'E002', 'ORG', 'LOW', 'Z'), "
          "('ORV01', 'E003', 'ORG', 'LOW', 'H'), ('ORV01', 'E004', 'ORG', 'SIDE', 'X')");
   d.note(21, "ORG_STRUCTURE=ORG", "FA_SSFORM");
-  d.grid("D", "PNLEMPMST", "D", "", "Y");
-  d.gridColumn("D", "PNLEMPMST.EMP_ID", 1);
+  d.query("D", "PNLEMPMST", "D", {"PNLEMPMST.EMP_ID"}, {}, "", "Y");
   std::string sql = gfncBuildSQL("ADMIN", "D", "SSFORM", "", "");
   Recordset rs = d.env().hrConnection().query(sql);
   Rows rows;
@@ -212,9 +185,7 @@ TEST_P(BuiltQueries, SelfServiceQueriesFollowTheOrganisationStructure) {
 
 TEST_P(BuiltQueries, ReportingStructureVariables) {
   auto& d = db();
-  d.grid("SUB", "PNLEMPMST", "X");
-  d.gridColumn("SUB", "PNLEMPMST.EMP_ID", 1);
-  d.criterion("SUB", "PNLEMPMST.EMP_ID", "EQ", "<SUBORDINATES_ALL>");
+  d.query("SUB", "PNLEMPMST", "X", {"PNLEMPMST.EMP_ID"}, {{"PNLEMPMST.EMP_ID", "EQ", "<SUBORDINATES_ALL>"}});
   EXPECT_EQ(run("SUB", "EMP_ID"), (Rows{"E002", "E003"})) << last_;
   d.criterion("SUB", "PNLEMPMST.EMP_ID", "<>", "<SUBORDINATES_DIRECT>");
   EXPECT_EQ(run("SUB", "EMP_ID"), (Rows{"E001", "E003", "E004"})) << last_;
@@ -229,9 +200,7 @@ TEST_P(BuiltQueries, HostileCriterionValuesStayValues) {
   int n = 0;
   for (const char* v : values) {
     std::string id = "H" + std::to_string(++n);
-    d.grid(id, "PNLEMPMST", "X");
-    d.gridColumn(id, "PNLEMPMST.EMP_ID", 1);
-    d.criterion(id, "PNLEMPMST.SURNAME", "EQ", v);
+    d.query(id, "PNLEMPMST", "X", {"PNLEMPMST.EMP_ID"}, {{"PNLEMPMST.SURNAME", "EQ", v}});
     Rows expected = std::string(v) == "O'Brien); --" ? Rows{"E003"} : Rows{};
     EXPECT_EQ(run(id, "EMP_ID"), expected) << v << ": " << last_;
     // Lists, ranges and patterns too.
@@ -262,8 +231,7 @@ TEST_P(BuiltQueries, HostileRestrictionValuesStayValues) {
   d.restriction("ACC1", "PNLEMPMST.SURNAME", "O'Brien); --");
   d.restriction("ACC1", "PNLEMPMST.SURNAME", "x' or '1'='1");
   d.restriction("ACC1", "PNLEMPMST.DEPT_ID", "D1') or ('1'='1,D1");
-  d.grid("R", "PNLEMPMST", "X", "", "Y");
-  d.gridColumn("R", "PNLEMPMST.EMP_ID", 1);
+  d.query("R", "PNLEMPMST", "X", {"PNLEMPMST.EMP_ID"}, {}, "", "Y");
   d.reconnect();
   EXPECT_EQ(run("R", "EMP_ID"), Rows{"E003"}) << last_;
   EXPECT_EQ(d.column("select count(*) from PNLEMPMST"), Rows{"5"});

@@ -22,20 +22,15 @@ class BuilderText : public QueryTest {
 };
 
 TEST_F(BuilderText, NoSqlForEmptyIdsAndTypeF) {
-  db().grid("FQ", "PNLEMPMST", "F");
-  db().gridColumn("FQ", "PNLEMPMST.SURNAME", 1);
+  db().query("FQ", "PNLEMPMST", "F", {"PNLEMPMST.SURNAME"});
   EXPECT_EQ(as(kSqlServer, ""), "");
   EXPECT_EQ(as(kSqlServer, "   "), "");
   EXPECT_EQ(as(kSqlServer, "FQ"), "");
 }
 
 TEST_F(BuilderText, BetweenAndNotBetween) {
-  db().grid("Q1", "PNLEMPMST", "X");
-  db().gridColumn("Q1", "PNLEMPMST.SURNAME", 1);
-  db().criterion("Q1", "PNLEMPMST.SALARY", "BN", "1,5");
-  db().grid("Q2", "PNLEMPMST", "X");
-  db().gridColumn("Q2", "PNLEMPMST.SURNAME", 1);
-  db().criterion("Q2", "PNLEMPMST.SALARY", "NB", "(1,5)");
+  db().query("Q1", "PNLEMPMST", "X", {"PNLEMPMST.SURNAME"}, {{"PNLEMPMST.SALARY", "BN", "1,5"}});
+  db().query("Q2", "PNLEMPMST", "X", {"PNLEMPMST.SURNAME"}, {{"PNLEMPMST.SALARY", "NB", "(1,5)"}});
   EXPECT_EQ(as(kSqlServer, "Q1"),
             "SELECT PNLEMPMST.SURNAME from PNLEMPMST LEFT JOIN PNLEMPMSTX ON 'ORV01' = PNLEMPMSTX.VARIATION_ID and "
             "PNLEMPMST.EMP_ID = PNLEMPMSTX.EMP_ID where  PNLEMPMST.SALARY >= 1 and PNLEMPMST.SALARY <= 5 and "
@@ -47,8 +42,7 @@ TEST_F(BuilderText, BetweenAndNotBetween) {
 }
 
 TEST_F(BuilderText, MalformedBetweenIsAnErrorWithItsBlock) {
-  db().grid("Q1", "PNLEMPMST", "X");
-  db().criterion("Q1", "PNLEMPMST.SALARY", "BN", "1");
+  db().query("Q1", "PNLEMPMST", "X", {}, {{"PNLEMPMST.SALARY", "BN", "1"}});
   try {
     as(kSqlServer, "Q1");
     FAIL() << "no error";
@@ -61,14 +55,13 @@ TEST_F(BuilderText, MalformedBetweenIsAnErrorWithItsBlock) {
 
 TEST_F(BuilderText, ComparisonsNullsAndLists) {
   clock::Pinned pin(*DateTime::fromParts(2024, 5, 6));
-  db().grid("Q", "PNLEMPMST", "X");
-  db().gridColumn("Q", "PNLEMPMST.EMP_ID", 1);
-  db().criterion("Q", "PNLEMPMST.DEPT_ID", "NI", "('A','B')");
-  db().criterion("Q", "PNLEMPMST.LOC_ID", "EQ", "NULL");
-  db().criterion("Q", "PNLEMPMST.SURNAME", "BW", "O'Br");
-  db().criterion("Q", "PNLEMPMST.KNOWNAS", "NC", "x");
-  db().criterion("Q", "PNLEMPMST.DATE_START", "EQ", "<YYYY>");
-  db().criterion("Q", "PNLEMPMST.DATE_LEFT", "<>", "null");
+  db().query("Q", "PNLEMPMST", "X", {"PNLEMPMST.EMP_ID"},
+             {{"PNLEMPMST.DEPT_ID", "NI", "('A','B')"},
+              {"PNLEMPMST.LOC_ID", "EQ", "NULL"},
+              {"PNLEMPMST.SURNAME", "BW", "O'Br"},
+              {"PNLEMPMST.KNOWNAS", "NC", "x"},
+              {"PNLEMPMST.DATE_START", "EQ", "<YYYY>"},
+              {"PNLEMPMST.DATE_LEFT", "<>", "null"}});
   const std::string sql = as(kSqlServer, "Q");
   const std::string where = sql.substr(sql.find(" where ") + 1);
   EXPECT_EQ(where,
@@ -87,8 +80,7 @@ TEST_F(BuilderText, ComparisonsNullsAndLists) {
 }
 
 TEST_F(BuilderText, EmployeeTablesJoinTheMasterAndItsExtension) {
-  db().grid("ABS", "PNLEMPABS", "X");
-  db().gridColumn("ABS", "PNLEMPABS.START_DATE", 1);
+  db().query("ABS", "PNLEMPABS", "X", {"PNLEMPABS.START_DATE"});
   EXPECT_EQ(as(kSqlServer, "ABS"),
             "SELECT PNLEMPABS.START_DATE from PNLEMPABS LEFT JOIN PNLEMPMST ON 'ORV01' = PNLEMPMST.VARIATION_ID and "
             "PNLEMPABS.EMP_ID = PNLEMPMST.EMP_ID LEFT JOIN PNLEMPMSTX ON 'ORV01' = PNLEMPMSTX.VARIATION_ID and "
@@ -100,12 +92,9 @@ TEST_F(BuilderText, EmployeeTablesJoinTheMasterAndItsExtension) {
 }
 
 TEST_F(BuilderText, VacancyTablesJoinTheVacancyOnly) {
-  db().grid("CAND", "PNLCAND", "X");
-  db().gridColumn("CAND", "PNLCAND.CAN_SURNAME", 1);
-  db().grid("RES", "PNLVACRES", "X");
-  db().gridColumn("RES", "PNLVACRES.SCORE", 1);
-  db().grid("VAC", "PNLVACANT", "X");
-  db().gridColumn("VAC", "PNLVACANT.OPEN_DATE", 1);
+  db().query("CAND", "PNLCAND", "X", {"PNLCAND.CAN_SURNAME"});
+  db().query("RES", "PNLVACRES", "X", {"PNLVACRES.SCORE"});
+  db().query("VAC", "PNLVACANT", "X", {"PNLVACANT.OPEN_DATE"});
   EXPECT_EQ(as(kSqlServer, "CAND"),
             "SELECT PNLCAND.CAN_SURNAME from PNLCAND LEFT JOIN PNLVACANT ON 'ORV01' = PNLVACANT.VARIATION_ID and "
             "PNLCAND.VACANCY_ID = PNLVACANT.CODE_ID where  PNLCAND.VARIATION_ID = 'ORV01'");
@@ -117,11 +106,8 @@ TEST_F(BuilderText, VacancyTablesJoinTheVacancyOnly) {
 }
 
 TEST_F(BuilderText, NowhereDropsTheEmployeeAndVariationTests) {
-  db().grid("NW", "PNLEMPABS", "S", "All companies NOWHERE");
-  db().gridColumn("NW", "PNLEMPABS.START_DATE", 1);
-  db().grid("NWC", "PNLEMPMST", "X", "NOWHERE at all");
-  db().gridColumn("NWC", "PNLEMPMST.SURNAME", 1);
-  db().criterion("NWC", "PNLEMPMST.SURNAME", "EQ", "Smith");
+  db().query("NW", "PNLEMPABS", "S", {"PNLEMPABS.START_DATE"}, {}, "All companies NOWHERE");
+  db().query("NWC", "PNLEMPMST", "X", {"PNLEMPMST.SURNAME"}, {{"PNLEMPMST.SURNAME", "EQ", "Smith"}}, "NOWHERE at all");
   session_ = {{"EMP_ID", "E001"}};
   EXPECT_EQ(as(kSqlServer, "NW"),
             "SELECT PNLEMPABS.START_DATE from PNLEMPABS LEFT JOIN PNLEMPMST ON 'ORV01' = PNLEMPMST.VARIATION_ID and "
@@ -133,15 +119,10 @@ TEST_F(BuilderText, NowhereDropsTheEmployeeAndVariationTests) {
 }
 
 TEST_F(BuilderText, CurrentAndPlaceholderEmployee) {
-  db().grid("S1", "PNLEMPABS", "S");
-  db().gridColumn("S1", "PNLEMPABS.START_DATE", 1);
-  db().criterion("S1", "PNLEMPABS.TYPE_ID", "EQ", "SICK");
-  db().grid("V1", "PNLEMPABS", "V", "", "Y");
-  db().gridColumn("V1", "PNLEMPABS.START_DATE", 1);
-  db().grid("V2", "PNLEMPABS", "V", "", "N");
-  db().gridColumn("V2", "PNLEMPABS.START_DATE", 1);
-  db().grid("C1", "PNLCAND", "C");
-  db().gridColumn("C1", "PNLCAND.CAN_SURNAME", 1);
+  db().query("S1", "PNLEMPABS", "S", {"PNLEMPABS.START_DATE"}, {{"PNLEMPABS.TYPE_ID", "EQ", "SICK"}});
+  db().query("V1", "PNLEMPABS", "V", {"PNLEMPABS.START_DATE"}, {}, "", "Y");
+  db().query("V2", "PNLEMPABS", "V", {"PNLEMPABS.START_DATE"}, {}, "", "N");
+  db().query("C1", "PNLCAND", "C", {"PNLCAND.CAN_SURNAME"});
   session_ = {{"EMP_ID", "E0'7"}};
   EXPECT_NE(as(kSqlServer, "S1").find("where  PNLEMPABS.EMP_ID = 'E0''7' and PNLEMPABS.TYPE_ID = 'SICK' and "
                                       "PNLEMPABS.VARIATION_ID = 'ORV01'"),
@@ -155,14 +136,9 @@ TEST_F(BuilderText, CurrentAndPlaceholderEmployee) {
 
 TEST_F(BuilderText, SpecialColumns) {
   db().control("PNL", "ABSDECPT", "2");
-  db().grid("A1", "PNLEMPABS", "X");
-  db().gridColumn("A1", "PNLEMPABS.SEQ_ID", 1);
-  db().gridColumn("A1", "PNLEMPABS.DURATION", 2);
-  db().gridColumn("A1", "PNLEMPABS.NOTE_ID", 3);
-  db().gridColumn("A1", "PNLEMPABS.ABSENT_ID", 4);
-  db().gridColumn("A1", "PNLEMPMST.DEPT_ID", 5);
-  db().gridColumn("A1", "PNLEMPABS.DESCRIPTION", 6);
-  db().gridColumn("A1", "PNLEMPMST.HOME_PHONE_HOME", 7);
+  db().query("A1", "PNLEMPABS", "X",
+             {"PNLEMPABS.SEQ_ID", "PNLEMPABS.DURATION", "PNLEMPABS.NOTE_ID", "PNLEMPABS.ABSENT_ID", "PNLEMPMST.DEPT_ID",
+              "PNLEMPABS.DESCRIPTION", "PNLEMPMST.HOME_PHONE_HOME"});
   EXPECT_EQ(as(kSqlServer, "A1"),
             "SELECT RIGHT('0000000000'+LTRIM(STR((PNLEMPABS.SEQ_ID))),10) as SEQ_ID, (PNLEMPABS.DURATION / 100.00 ) "
             "as DURATION, ADMNOTE.NOTE_TEXT, rtrim(PNLABSENT.DESCRIPTION) as ABSENT_ID, rtrim(PNLDEPT.DESCRIPTION) as "
@@ -190,12 +166,9 @@ TEST_F(BuilderText, SpecialColumns) {
 }
 
 TEST_F(BuilderText, AddressesSmallValuesAndKeyColumns) {
-  db().grid("E1", "PNLEMPMST", "A");
-  db().gridColumn("E1", "PNLEMPMST.HOME_ADD_ID", 1);
-  db().grid("H1", "PNLEMPHOL", "X");
-  db().gridColumn("H1", "PNLEMPHOL.ENTITLEMENT", 1);
-  db().grid("P1", "PAYCON", "X");
-  db().gridColumn("P1", "PAYCON.AMOUNT", 1);
+  db().query("E1", "PNLEMPMST", "A", {"PNLEMPMST.HOME_ADD_ID"});
+  db().query("H1", "PNLEMPHOL", "X", {"PNLEMPHOL.ENTITLEMENT"});
+  db().query("P1", "PAYCON", "X", {"PAYCON.AMOUNT"});
   EXPECT_EQ(as(kSqlServer, "E1"),
             "SELECT HOME.ADD_1 as HOMEADD_1, HOME.ADD_2 as HOMEADD_2, HOME.ADD_3 as HOMEADD_3, HOME.ADD_4 as "
             "HOMEADD_4, HOME.ADD_5 as HOMEADD_5, HOME.POST_CODE as HOMEPOST_CODE, HOME.PHONE_HOME as HOMEPHONE_HOME, "
@@ -209,7 +182,7 @@ TEST_F(BuilderText, AddressesSmallValuesAndKeyColumns) {
 
 TEST_F(BuilderText, ColumnOrder) {
   // Old format: ordered by QUERY_FUNCTION; "Q" probes for COLUMN_POSITION 1.
-  db().grid("Q", "PNLEMPMST", "Q");
+  db().query("Q", "PNLEMPMST", "Q", {});
   db().exec("insert into ADMGRIDD (CODE_ID, ITEM_ID, INCLUDE_YN, COLUMN_POSITION, QUERY_FUNCTION) values "
             "('Q', 'PNLEMPMST.SURNAME', 'Y', 2, '1'), ('Q', 'PNLEMPMST.FORENAME', 'Y', 3, '2')");
   EXPECT_EQ(as(kSqlServer, "Q").substr(0, 45), "SELECT PNLEMPMST.SURNAME, PNLEMPMST.FORENAME ");
@@ -220,11 +193,8 @@ TEST_F(BuilderText, ColumnOrder) {
 TEST_F(BuilderText, NoteConditionsFollowTheCriteria) {
   db().note(1, "AND PNLEMPMST.AGE > 30");
   db().note(2, "select X from PNLEMPMST where PNLEMPMST.AGE < 60");
-  db().grid("N1", "PNLEMPMST", "X", "", "N", 1);
-  db().gridColumn("N1", "PNLEMPMST.SURNAME", 1);
-  db().criterion("N1", "PNLEMPMST.SURNAME", "EQ", "Smith");
-  db().grid("N2", "PNLEMPMST", "X", "", "N", 2);
-  db().gridColumn("N2", "PNLEMPMST.SURNAME", 1);
+  db().query("N1", "PNLEMPMST", "X", {"PNLEMPMST.SURNAME"}, {{"PNLEMPMST.SURNAME", "EQ", "Smith"}}, "", "N", 1);
+  db().query("N2", "PNLEMPMST", "X", {"PNLEMPMST.SURNAME"}, {}, "", "N", 2);
   EXPECT_NE(as(kSqlServer, "N1").find("where  PNLEMPMST.SURNAME = 'Smith' AND PNLEMPMST.AGE > 30 and "
                                       "PNLEMPMST.VARIATION_ID = 'ORV01'"),
             std::string::npos);

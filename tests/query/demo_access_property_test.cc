@@ -22,6 +22,7 @@
 #include "runtime/clock.h"
 #include "demo/demo_database.h"
 #include "support/databases.h"
+#include "support/report_rows.h"
 
 namespace orvalis::testing {
 namespace {
@@ -47,21 +48,19 @@ struct RestrictedUser {
   const char* employees;
 };
 
+// The restriction rows or (the driver's organisation structure) any
+// employee holding a counted position: a superset of what they see.
+constexpr const char* kManagers =
+    "(M.MAN_ID in ('M01', 'M02') and exists (select 1 from PNLEMPMSTX X where X.VARIATION_ID = 'ORV01' and "
+    "X.EMP_ID = M.EMP_ID and X.ACCESS_STAMP like '%MGR01%')) or exists (select 1 from PNLEMPOS P where "
+    "P.EMP_ID = M.EMP_ID and P.STATUS_ID in ('X', 'Z'))";
 
 const std::vector<RestrictedUser>& restrictedUsers() {
   static const std::vector<RestrictedUser> users = {
       {"HRMGR", "HRREST", "M.DEPT_ID like 'D0%' and M.STATUS_ID <> 'L'"},
       {"PAYROLL", "PAYREST", "M.TEMPLATE_ID = 'MTH'"},
-      // The restriction rows or (the driver's organisation structure) any
-      // employee holding a counted position: a superset of what they see.
-      {"MANAGER1", "MGRREST",
-       "(M.MAN_ID in ('M01', 'M02') and exists (select 1 from PNLEMPMSTX X where X.VARIATION_ID = 'ORV01' and "
-       "X.EMP_ID = M.EMP_ID and X.ACCESS_STAMP like '%MGR01%')) or exists (select 1 from PNLEMPOS P where "
-       "P.EMP_ID = M.EMP_ID and P.STATUS_ID in ('X', 'Z'))"},
-      {"MANAGER2", "MGRREST",
-       "(M.MAN_ID in ('M01', 'M02') and exists (select 1 from PNLEMPMSTX X where X.VARIATION_ID = 'ORV01' and "
-       "X.EMP_ID = M.EMP_ID and X.ACCESS_STAMP like '%MGR01%')) or exists (select 1 from PNLEMPOS P where "
-       "P.EMP_ID = M.EMP_ID and P.STATUS_ID in ('X', 'Z'))"},
+      {"MANAGER1", "MGRREST", kManagers},
+      {"MANAGER2", "MGRREST", kManagers},
       {"SSUSER", "SELF",
        "M.EMP_ID = '<ME>' and coalesce(M.REPORTS_TO, '') = '' and exists (select 1 from PNLEMPMSTX X where "
        "X.VARIATION_ID = 'ORV01' and X.EMP_ID = M.EMP_ID and X.PORTAL_ROLE like 'EMPLOYEE')"},
@@ -227,10 +226,7 @@ TEST_P(DemoAccess, RestrictedUsersSeeOnlyWhatTheirRowsAllow) {
   EXPECT_GT(f.rows, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, DemoAccess, ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL),
-                         [](const ::testing::TestParamInfo<test::Engine>& info) {
-                           return std::string(test::engineName(info.param));
-                         });
+ORVALIS_ON_SQLITE_AND_POSTGRESQL(DemoAccess);
 
 }  // namespace
 }  // namespace orvalis::testing

@@ -29,32 +29,23 @@ TEST_F(HandWritten, HeaderNormalisation) {
   db().grid("U2", "", "U", "", "yes", 2);
   db().grid("N1", "pnlempmst", "X", "", "0");
   db().grid("N2", "PNLEMPMST", "X", "", "");
-  QueryDetails d;
-  gsubQueryDetails("U1", d);
-  EXPECT_TRUE(d.found);
-  EXPECT_EQ(d.queryType, "U");
-  EXPECT_EQ(d.applyAccessFilter, "N");
-  EXPECT_EQ(d.entityId, "PNLEMPABS");
-  EXPECT_EQ(d.description, "Hand");
-  EXPECT_TRUE(d.accessByAll);
-  gsubQueryDetails("U2", d);
-  EXPECT_EQ(d.applyAccessFilter, "Y");
-  EXPECT_EQ(d.entityId, "PNLEMPHST");  // the word after FROM is no table
-  gsubQueryDetails("N1", d);
-  EXPECT_EQ(d.applyAccessFilter, "N");
-  EXPECT_EQ(d.entityId, "PNLEMPMST");
-  gsubQueryDetails("N2", d);
-  EXPECT_EQ(d.applyAccessFilter, "Y");
-  gsubQueryDetails("MISSING", d);
-  EXPECT_FALSE(d.found);
-  EXPECT_EQ(d.entityId, "");
-  EXPECT_EQ(d.applyAccessFilter, "Y");
+  // found|type|apply|entity|description|access by all; the word after FROM
+  // is no table; a missing query is empty but filtered.
+  const auto details = [](const std::string& id) {
+    QueryDetails d;
+    gsubQueryDetails(id, d);
+    return std::string(d.found ? "found" : "missing") + "|" + d.queryType + "|" + d.applyAccessFilter + "|" +
+           d.entityId + "|" + d.description + "|" + (d.accessByAll ? "all" : "");
+  };
+  EXPECT_EQ(details("U1"), "found|U|N|PNLEMPABS|Hand|all");
+  EXPECT_EQ(details("U2"), "found|U|Y|PNLEMPHST||all");
+  EXPECT_EQ(details("N1"), "found|X|N|PNLEMPMST||all");
+  EXPECT_EQ(details("N2"), "found|X|Y|PNLEMPMST||all");
+  EXPECT_EQ(details("MISSING"), "missing||Y|||");
 }
 
 TEST_F(HandWritten, ColumnsAndUserDefinedFields) {
-  db().grid("Q", "PNLEMPMST", "X");
-  db().gridColumn("Q", "PNLEMPMST.SURNAME", 1);
-  db().criterion("Q", "PNLEMPMST.UDF_SHOE", "EQ", "9");
+  db().query("Q", "PNLEMPMST", "X", {"PNLEMPMST.SURNAME"}, {{"PNLEMPMST.UDF_SHOE", "EQ", "9"}});
   EXPECT_TRUE(gfncGridFieldEntity("Q", "SURNAME"));
   EXPECT_FALSE(gfncGridFieldEntity("Q", "UDF_SHOE"));  // a criterion, not a column
   EXPECT_TRUE(gfncQueryHasUDF("Q"));
@@ -95,8 +86,7 @@ TEST_F(HandWritten, RestrictionAfterTheWhereOrAsANewWhere) {
 
 TEST_F(HandWritten, SelfServiceFormWithoutStructureComparesItsVariation) {
   db().note(5, "TITLE=My details\r\nDATA_ACCESS=ORV9'9", "FA_SSPERS");
-  db().grid("D", "PNLEMPMST", "D", "", "Y");
-  db().gridColumn("D", "PNLEMPMST.EMP_ID", 1);
+  db().query("D", "PNLEMPMST", "D", {"PNLEMPMST.EMP_ID"}, {}, "", "Y");
   db().reconnect("SQLOLEDB");
   std::string sql = gfncBuildSQL("ADMIN", "D", "SSPERS", "", "");
   EXPECT_NE(sql.find("PNLEMPMST.DEPT_ID = 'D1' and PNLEMPMST.VARIATION_ID = 'ORV9''9'"), std::string::npos) << sql;
@@ -105,8 +95,7 @@ TEST_F(HandWritten, SelfServiceFormWithoutStructureComparesItsVariation) {
 }
 
 TEST_F(HandWritten, BuildErrorsCarryTheBuildersVariables) {
-  db().grid("BAD", "PNLEMPMST", "X");
-  db().criterion("BAD", "PNLEMPMST.SALARY", "NB", "5");
+  db().query("BAD", "PNLEMPMST", "X", {}, {{"PNLEMPMST.SALARY", "NB", "5"}});
   try {
     db().build("BAD");
     FAIL() << "no error";

@@ -29,50 +29,45 @@ class PayrollVariables : public QueryTest {
   }
 };
 
-TEST_F(PayrollVariables, ThisPrevAndLast) {
-  const struct {
-    const char* name;
-    const char* value;
-  } cases[] = {
-      {"THIS_PERIOD", "2"},
-      {"[THIS_YEAR]", "2024"},
-      {"<THIS_PERIOD_ID>", "202402"},
-      {"THIS_PERIOD_START", "01/05/2024"},
-      {"THIS_PERIOD_END", "31/05/2024"},
-      {"THIS_YEAR_START", "01/04/2024"},
-      {"THIS_YEAR_END", "30/06/2024"},
-      {"PREV_PERIOD", "01"},
-      {"PREV_YEAR", "2024"},
-      {"PREV_PERIOD_ID", "202401"},
-      {"PREV_PERIOD_START", "01/04/2024"},
-      {"PREV_PERIOD_END", "30/04/2024"},
-      {"PREV_YEAR_START", "01/04/2024"},
-      {"LAST_YEAR", "2023"},
-      {"LAST_YEAR_START", "01/04/2023"},
-      {"LAST_YEAR_END", "31/03/2024"},
-      {"NULL", "NULL"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(gfncParsePayrollVariable("M", c.name), c.value) << c.name;
-}
-
-TEST_F(PayrollVariables, PeriodsBefore2010GiveNothingForPrevAndLast) {
-  EXPECT_EQ(gfncParsePayrollVariable("OLD", "THIS_PERIOD_ID"), "200902");
-  EXPECT_EQ(gfncParsePayrollVariable("OLD", "PREV_PERIOD_ID"), "");
-  EXPECT_EQ(gfncParsePayrollVariable("OLD", "LAST_YEAR"), "");
-}
-
-TEST_F(PayrollVariables, DateVariablesThatLookLikePayrollOnes) {
+// This, previous and last of template M; periods before 2010 give nothing
+// for previous and last; date variables that look like payroll ones; the
+// session's template (the first, "M") when none is given.
+TEST_F(PayrollVariables, ThisPrevLastAndDateVariables) {
   clock::Pinned pin(*DateTime::fromParts(2024, 1, 3));
-  EXPECT_EQ(gfncParsePayrollVariable("M", "PREV_WEEK_START"), "25/12/2023");
-  EXPECT_EQ(gfncParsePayrollVariable("M", "PREV_CAL_YEAR_END"), "31/12/23");
-  EXPECT_EQ(gfncParsePayrollVariable("M", "THIS_NONSENSE"), "NULL");
+  const struct {
+    const char *templateId, *name, *value;
+  } cases[] = {
+      {"M", "THIS_PERIOD", "2"},
+      {"M", "[THIS_YEAR]", "2024"},
+      {"M", "<THIS_PERIOD_ID>", "202402"},
+      {"M", "THIS_PERIOD_START", "01/05/2024"},
+      {"M", "THIS_PERIOD_END", "31/05/2024"},
+      {"M", "THIS_YEAR_START", "01/04/2024"},
+      {"M", "THIS_YEAR_END", "30/06/2024"},
+      {"M", "PREV_PERIOD", "01"},
+      {"M", "PREV_YEAR", "2024"},
+      {"M", "PREV_PERIOD_ID", "202401"},
+      {"M", "PREV_PERIOD_START", "01/04/2024"},
+      {"M", "PREV_PERIOD_END", "30/04/2024"},
+      {"M", "PREV_YEAR_START", "01/04/2024"},
+      {"M", "LAST_YEAR", "2023"},
+      {"M", "LAST_YEAR_START", "01/04/2023"},
+      {"M", "LAST_YEAR_END", "31/03/2024"},
+      {"M", "NULL", "NULL"},
+      {"OLD", "THIS_PERIOD_ID", "200902"},
+      {"OLD", "PREV_PERIOD_ID", ""},
+      {"OLD", "LAST_YEAR", ""},
+      {"M", "PREV_WEEK_START", "25/12/2023"},
+      {"M", "PREV_CAL_YEAR_END", "31/12/23"},
+      {"M", "THIS_NONSENSE", "NULL"},
+      {"", "THIS_PERIOD_ID", "202402"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(gfncParsePayrollVariable(c.templateId, c.name), c.value) << c.templateId << " " << c.name;
+  }
   // On a date criterion the variable becomes a literal.
   EXPECT_EQ(fncParseValue("<", "PNLEMPABS.START_DATE", "D", "<PREV_WEEK_START>", "M"), "'2023-12-25'");
   EXPECT_EQ(fncParseValue("<", "PNLEMPABS.START_DATE", "D", "<THIS_PERIOD_END>", "M"), "'2024-05-31'");
-}
-
-TEST_F(PayrollVariables, SessionTemplateWhenNoneIsGiven) {
-  EXPECT_EQ(gfncParsePayrollVariable("", "THIS_PERIOD_ID"), "202402");  // "M" is the first template
 }
 
 }  // namespace

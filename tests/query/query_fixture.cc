@@ -92,6 +92,16 @@ void QueryDatabase::criterion(const std::string& code, const std::string& item, 
        q(item) + ", 'N', " + q(function) + ", " + q(value) + ")");
 }
 
+void QueryDatabase::query(const std::string& code, const std::string& entity, const std::string& type,
+                          const std::vector<std::string>& columns,
+                          const std::vector<std::array<std::string, 3>>& criteria, const std::string& description,
+                          const std::string& apply, int noteId) {
+  grid(code, entity, type, description, apply, noteId);
+  int position = 0;
+  for (const std::string& item : columns) gridColumn(code, item, ++position);
+  for (const auto& [item, function, value] : criteria) criterion(code, item, function, value);
+}
+
 void QueryDatabase::note(int seq, const std::string& text, const std::string& title) {
   exec("insert into ADMNOTE (SEQ_ID, VARIATION_ID, TITLE_TEXT, NOTE_TEXT) values (" + std::to_string(seq) +
        ", 'ORV01', " + qOrNull(title) + ", " + q(text) + ")");

@@ -7,12 +7,13 @@
 // (SQLite and the throwaway PostgreSQL server).
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <array>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "component/errors/recording_error_component.h"
 #include "data/standalone_environment.h"
@@ -42,6 +43,11 @@ class QueryDatabase {
   void gridColumn(const std::string& code, const std::string& item, int position);
   void criterion(const std::string& code, const std::string& item, const std::string& function,
                  const std::string& value);
+  // grid() of type `type`, its columns at positions 1, 2, ... and its
+  // criteria {item, function, value}.
+  void query(const std::string& code, const std::string& entity, const std::string& type,
+             const std::vector<std::string>& columns, const std::vector<std::array<std::string, 3>>& criteria = {},
+             const std::string& description = "", const std::string& apply = "N", int noteId = 0);
   void note(int seq, const std::string& text, const std::string& title = "");
   void user(const std::string& id, const std::string& emp, const std::string& dataAccess = "",
             const std::string& driver = "", const std::string& defaults = "", const std::string& group = "");

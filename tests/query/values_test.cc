@@ -93,29 +93,25 @@ TEST_F(ParseValue, EmployeeVariablesOnEmployeeKeys) {
 
 class FormVariables : public QueryTest {};
 
-TEST_F(FormVariables, ReplacedWhereListedAndLeftWhenMissing) {
-  db().reconnect("", "ADMIN",
-                 {{"QUERY_USER_VARIABLES", "DEPT, SURNAME,LIMIT,MISSING"},
-                  {"QUERY_USER_VALUES", "DEPT=SALES\nSURNAME=O'Hara\nLIMIT=10"}});
-  std::string sql = "select * from T where DEPT_ID = '<DEPT>' and SURNAME = <SURNAME> and N < <LIMIT> and X = "
-                    "'<MISSING>'";
-  subApplyFormVariables(sql);
-  EXPECT_EQ(sql, "select * from T where DEPT_ID = 'SALES' and SURNAME = 'O''Hara' and N < 10 and X = '<MISSING>'");
-}
-
-TEST_F(FormVariables, AValueCannotLeaveItsLiteral) {
-  db().reconnect("", "ADMIN",
-                 {{"QUERY_USER_VARIABLES", "A,B"}, {"QUERY_USER_VALUES", "A=x' or '1'='1\nB=1; drop table T"}});
-  std::string sql = "select * from T where C = '<A>' and N = <B>";
-  subApplyFormVariables(sql);
-  EXPECT_EQ(sql, "select * from T where C = 'x'' or ''1''=''1' and N = '1; drop table T'");
-}
-
-TEST_F(FormVariables, ListsOfLiteralsStandBare) {
-  db().reconnect("", "ADMIN", {{"QUERY_USER_VARIABLES", "L"}, {"QUERY_USER_VALUES", "L='A', 'B',3"}});
-  std::string sql = "select * from T where C in (<L>)";
-  subApplyFormVariables(sql);
-  EXPECT_EQ(sql, "select * from T where C in ('A', 'B',3)");
+// Replaced where listed, left when missing; a value cannot leave its
+// literal; a list of literals stands bare.
+TEST_F(FormVariables, ReplacedAsLiteralsWhereListed) {
+  const struct {
+    const char *variables, *values, *sql, *want;
+  } cases[] = {
+      {"DEPT, SURNAME,LIMIT,MISSING", "DEPT=SALES\nSURNAME=O'Hara\nLIMIT=10",
+       "select * from T where DEPT_ID = '<DEPT>' and SURNAME = <SURNAME> and N < <LIMIT> and X = '<MISSING>'",
+       "select * from T where DEPT_ID = 'SALES' and SURNAME = 'O''Hara' and N < 10 and X = '<MISSING>'"},
+      {"A,B", "A=x' or '1'='1\nB=1; drop table T", "select * from T where C = '<A>' and N = <B>",
+       "select * from T where C = 'x'' or ''1''=''1' and N = '1; drop table T'"},
+      {"L", "L='A', 'B',3", "select * from T where C in (<L>)", "select * from T where C in ('A', 'B',3)"},
+  };
+  for (const auto& c : cases) {
+    db().reconnect("", "ADMIN", {{"QUERY_USER_VARIABLES", c.variables}, {"QUERY_USER_VALUES", c.values}});
+    std::string sql = c.sql;
+    subApplyFormVariables(sql);
+    EXPECT_EQ(sql, c.want);
+  }
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "absence_fixture.h"
 #include "runtime/work_folder.h"
+#include "support/report_rows.h"
 
 namespace orvalis::testing {
 namespace {
@@ -206,8 +207,7 @@ TEST_P(AbsenceAnalyses, BadInputIsRefusedAndWritesNothing) {
   fs::remove_all(folder);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, AbsenceAnalyses,
-                         ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL), engineParamName);
+ORVALIS_ON_SQLITE_AND_POSTGRESQL(AbsenceAnalyses);
 
 }  // namespace
 }  // namespace orvalis::testing

@@ -17,16 +17,8 @@ std::string q(const std::string& s) { return s.empty() ? "NULL" : "'" + s + "'";
 
 }  // namespace
 
-std::string engineParamName(const ::testing::TestParamInfo<test::Engine>& info) {
-  return test::engineName(info.param);
-}
-
 void AbsenceTest::SetUp() {
-  db_ = std::make_unique<test::ScratchDatabase>(GetParam());
-  env_ = test::installEnvironment(db_->url());
-  createSchema(env_->hrConnection());
-  errors_ = installRecordingErrorComponent();
-  clearControlCache();
+  EngineReportTest::SetUp();
   exec("insert into PNLCAT (VARIATION_ID, CODE_ID, DESCRIPTION, FWP, MON_WORK_DAY, TUE_WORK_DAY, WED_WORK_DAY, "
        "THU_WORK_DAY, FRI_WORK_DAY, SAT_WORK_DAY, SUN_WORK_DAY) values ('ORV01', 'W5', 'Weekdays', 'N', 'Y', 'Y', "
        "'Y', 'Y', 'Y', 'N', 'N')");
@@ -44,13 +36,8 @@ void AbsenceTest::TearDown() {
     EXPECT_TRUE(errors_->errors().empty())
         << "error component was called: " << (errors_->errors().empty() ? "" : errors_->errors()[0].description);
   }
-  HREnvironment::set(nullptr);
-  env_.reset();
-  db_.reset();
-  setErrorComponentFactory(nullptr);
+  EngineReportTest::TearDown();
 }
-
-void AbsenceTest::exec(const std::string& sql) { env_->hrConnection().execute(sql); }
 
 void AbsenceTest::control(const std::string& module, const std::string& parameter, const std::string& value) {
   gsubSetControlValue("", module, parameter, value);

@@ -1,6 +1,6 @@
-// A scratch HR database (SQLite or PostgreSQL, the test's parameter) with
-// the real schema, a standalone environment and a recording error
-// component, for the Absence report tests; builders for employees, posts,
+// The engine fixture (a scratch HR database, SQLite or PostgreSQL, with the
+// real schema, environment and error recorder) for the Absence report
+// tests, with the company's code rows; builders for employees, posts,
 // absences and the code tables, and an extract() that runs ExtractData.
 // Dates are written "YYYY-MM-DD". Patterns: "W5" is a Monday-to-Friday
 // category, the company default.
@@ -13,10 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "component/errors/recording_error_component.h"
-#include "data/standalone_environment.h"
+#include "engine_report_fixture.h"
 #include "runtime/recordset.h"
-#include "support/databases.h"
 
 namespace orvalis::testing {
 
@@ -32,12 +30,11 @@ struct AbsenceSpec {
   std::string variation = "ORV01";
 };
 
-class AbsenceTest : public ::testing::TestWithParam<test::Engine> {
+class AbsenceTest : public EngineReportTest {
  protected:
   void SetUp() override;
   void TearDown() override;
 
-  void exec(const std::string& sql);
   void control(const std::string& module, const std::string& parameter, const std::string& value);
   // A new session on the same database (another user, provider, variables).
   void reconnect(const std::string& user, const std::string& provider = "");
@@ -53,13 +50,8 @@ class AbsenceTest : public ::testing::TestWithParam<test::Engine> {
   // The texts of one column.
   static std::vector<std::string> column(const Recordset& rs, const std::string& name);
 
-  std::unique_ptr<test::ScratchDatabase> db_;
-  std::shared_ptr<StandaloneEnvironment> env_;
-  std::shared_ptr<ErrorRecorder> errors_;
   bool expectNoErrors_ = true;
   int nextSeq_ = 1;
 };
-
-std::string engineParamName(const ::testing::TestParamInfo<test::Engine>& info);
 
 }  // namespace orvalis::testing

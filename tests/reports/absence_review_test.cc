@@ -4,6 +4,7 @@
 
 #include "absence_fixture.h"
 #include "reports/absence/absence_score.h"
+#include "support/report_rows.h"
 #include "support/test_environment.h"
 
 namespace orvalis::testing {
@@ -130,8 +131,7 @@ TEST_P(AbsenceReview, MoreThan181SpellsOverflow) {
   EXPECT_NE(errors_->errors()[0].variables.find("STREMP_ID:E9"), std::string::npos);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, AbsenceReview,
-                         ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL), engineParamName);
+ORVALIS_ON_SQLITE_AND_POSTGRESQL(AbsenceReview);
 
 }  // namespace
 }  // namespace orvalis::testing

@@ -1,10 +1,12 @@
 // The driving statement of the Absence report, as text on SQL Server and
 // Oracle, and what the caller's values can and cannot do to it.
+#include "reports/absence/absence_statement.h"
+
 #include <gtest/gtest.h>
 
 #include "absence_fixture.h"
 #include "reports/absence/absence.h"
-#include "reports/absence/absence_statement.h"
+#include "support/report_rows.h"
 
 namespace orvalis::testing {
 namespace {
@@ -107,7 +109,7 @@ TEST_P(AbsenceSessionText, ExtractDataBuildsTheTextOfTheSession) {
                               " order by PNLEMPABS.EMP_ID asc");
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, AbsenceSessionText, ::testing::Values(test::Engine::SQLite), engineParamName);
+INSTANTIATE_TEST_SUITE_P(Engines, AbsenceSessionText, ::testing::Values(test::Engine::SQLite), test::engineParam);
 
 }  // namespace
 }  // namespace orvalis::testing

@@ -2,26 +2,21 @@
 // records are kept (range overlap, deleted jobs, the stored query), the
 // dated job descriptions, code descriptions and the adjusted WTE factor,
 // run on SQLite and PostgreSQL.
+#include "reports/establishment/establishment.h"
+
 #include <gtest/gtest.h>
 
 #include <map>
 
 #include "engine_report_fixture.h"
-#include "component/errors/recording_error_component.h"
-#include "data/control.h"
-#include "data/dictionary.h"
-#include "data/hr_environment.h"
-#include "reports/establishment/establishment.h"
 #include "reports/establishment/establishment_sql.h"
-#include "runtime/basic_string.h"
-#include "schema/schema.h"
-#include "support/databases.h"
-#include "support/test_environment.h"
+#include "support/report_rows.h"
 
 namespace orvalis::testing {
 namespace {
 
 using reports::Establishment;
+using test::hasFields;
 
 TEST(EstablishmentSql, SqlServerAndOracleDrivingTexts) {
   const std::string cols = reports::establishment::kJobHistoryColumns;
@@ -85,25 +80,13 @@ class EstablishmentTest : public EngineReportTest {
          std::to_string(seq) + ", '" + job + "', " + start + ", " + end + ", " + dept + ", " + type + ", 'H', " +
          std::to_string(hours) + ", 52, " + std::to_string(factor) + ", 20000)");
   }
-  // Rows keyed "EMP/START_DATE" -> field -> text.
-  std::map<std::string, std::map<std::string, std::string>> run(const std::vector<Value>& params,
-                                                                bool expected = true) {
+  // Rows keyed "EMP/START_DATE".
+  test::Rows run(const std::vector<Value>& params, bool expected = true) {
     Establishment report;
     Recordset rs;
     EXPECT_EQ(report.ExtractData(env_, "establishment ", Parameters(params), rs), expected);
-    std::map<std::string, std::map<std::string, std::string>> rows;
-    if (!rs.isOpen()) return rows;
-    for (long r = 0; r < rs.rowCount(); ++r) {
-      std::map<std::string, std::string> row;
-      for (int f = 0; f < rs.fieldCount(); ++f) {
-        Value v = rs.at(r, f);
-        row[rs.field(f).name] = v.isNull() ? "<NULL>" : v.isDate() ? v.asDate().iso() : trim(v.text());
-      }
-      rows[row["EMP_ID"] + "/" + row["START_DATE"]] = row;
-    }
-    return rows;
+    return test::rowsBy(rs, [](const test::Row& row, long) { return row.at("EMP_ID") + "/" + row.at("START_DATE"); });
   }
-
 };
 
 TEST_P(EstablishmentTest, KeepsJobsOverlappingTheRangeOfEmployeesOnTheQuery) {
@@ -118,28 +101,27 @@ TEST_P(EstablishmentTest, KeepsJobsOverlappingTheRangeOfEmployeesOnTheQuery) {
 
 TEST_P(EstablishmentTest, FillsDescriptionsAndAdjustedFactor) {
   auto rows = run({"START_DATE=2024-01-01", "END_DATE=2024-12-31", "QUERY_ID=ESTQ"});
-  const auto& open = rows["E1/2022-06-01"];
-  EXPECT_EQ(open.size(), 36u);
-  EXPECT_EQ(open.at("SURNAME"), "Smith");
-  EXPECT_EQ(open.at("SEX_ID"), "Female");
-  EXPECT_EQ(open.at("NATIONALITY_ID"), "");  // unknown code
-  EXPECT_EQ(open.at("DEPT_ID"), "Finance");
-  EXPECT_EQ(open.at("END_DATE"), "<NULL>");
-  // Job on the range's first day: the version from 2024 and its parent.
-  EXPECT_EQ(open.at("JOB_ID"), "Senior Clerk");
-  EXPECT_EQ(open.at("PARENT_JOB_ID"), "Manager");
-  EXPECT_EQ(open.at("WEEKS_PER_YEAR"), "52");
-  const auto& partTime = rows["E2/2023-01-01"];
-  EXPECT_EQ(partTime.at("DEPT_ID"), "");  // code not in the table
-  EXPECT_EQ(partTime.at("EMP_TYPE"), "Part time");
-  EXPECT_EQ(partTime.at("WTE_FACTOR"), "0.9");
-  EXPECT_EQ(partTime.at("WTE_FACTOR_ADJUSTED"), "0.4");  // 15 / 37.5
-  EXPECT_EQ(rows["E2/2024-02-01"].at("WTE_FACTOR_ADJUSTED"), "0.8");  // full time: the post's own
+  EXPECT_EQ(rows["E1/2022-06-01"].size(), 36u);
+  // An unknown nationality code has no description; the job on the
+  // range's first day is the version from 2024, with its parent.
+  EXPECT_TRUE(hasFields(rows["E1/2022-06-01"], {{"SURNAME", "Smith"},
+                                                {"SEX_ID", "Female"},
+                                                {"NATIONALITY_ID", ""},
+                                                {"DEPT_ID", "Finance"},
+                                                {"END_DATE", "<NULL>"},
+                                                {"JOB_ID", "Senior Clerk"},
+                                                {"PARENT_JOB_ID", "Manager"},
+                                                {"WEEKS_PER_YEAR", "52"}}));
+  // Department code not in the table; part time 15 / 37.5; full time keeps
+  // the post's own factor.
+  EXPECT_TRUE(
+      hasFields(rows["E2/2023-01-01"],
+                {{"DEPT_ID", ""}, {"EMP_TYPE", "Part time"}, {"WTE_FACTOR", "0.9"}, {"WTE_FACTOR_ADJUSTED", "0.4"}}));
+  EXPECT_EQ(rows["E2/2024-02-01"].at("WTE_FACTOR_ADJUSTED"), "0.8");
 
   // A range in 2023: the job's first day in it picks the earlier version.
   rows = run({"START_DATE=01/06/2023", "END_DATE=31/12/2023", "QUERY_ID=ESTQ"});
-  EXPECT_EQ(rows["E1/2022-06-01"].at("JOB_ID"), "Junior Clerk");
-  EXPECT_EQ(rows["E1/2022-06-01"].at("PARENT_JOB_ID"), "");
+  EXPECT_TRUE(hasFields(rows["E1/2022-06-01"], {{"JOB_ID", "Junior Clerk"}, {"PARENT_JOB_ID", ""}}));
 }
 
 TEST_P(EstablishmentTest, BadDatesOpenTheRangeAndOtherNamesAreNotReports) {
@@ -161,9 +143,7 @@ TEST_P(EstablishmentTest, UnknownQueryGoesToTheErrorComponent) {
   EXPECT_EQ(last.procedure, "fncBaseLoop");
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, EstablishmentTest,
-                         ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL),
-                         [](const auto& info) { return info.param == test::Engine::SQLite ? "SQLite" : "PostgreSQL"; });
+ORVALIS_ON_SQLITE_AND_POSTGRESQL(EstablishmentTest);
 
 }  // namespace
 }  // namespace orvalis::testing

@@ -2,20 +2,19 @@
 // category's record choice and inclusion on a hand-made company, the
 // summaries against the detail, bad input, and the one-read record choice
 // against the per-employee statements on the demo database.
+#include "reports/femr/femr.h"
+
 #include <gtest/gtest.h>
 
 #include <map>
 
-#include "component/errors/recording_error_component.h"
 #include "data/control.h"
 #include "data/data_functions.h"
-#include "data/dictionary.h"
 #include "data/hr_environment.h"
 #include "demo/demo_database.h"
-#include "reports/femr/femr.h"
+#include "engine_report_fixture.h"
 #include "runtime/basic_string.h"
-#include "schema/schema.h"
-#include "support/databases.h"
+#include "support/report_rows.h"
 #include "support/test_environment.h"
 
 namespace orvalis::testing {
@@ -64,17 +63,12 @@ TEST(FemrRules, ParametersFormsAndClassification) {
   EXPECT_EQ(femr::cellOf(femr::Form::GenderType, "M", ".RC", "PT").total, "CATHOLIC_TOTAL");
 }
 
-using Rows = std::map<std::string, std::map<std::string, std::string>>;
+using test::Rows;
 
-class FemrTest : public ::testing::Test {
+class FemrTest : public EngineReportTest {
  protected:
   void SetUp() override {
-    db_ = std::make_unique<test::ScratchDatabase>(test::Engine::SQLite);
-    env_ = test::installEnvironment(db_->url());
-    createSchema(env_->hrConnection());
-    clearDictionaryCache();
-    clearControlCache();
-    errors_ = installRecordingErrorComponent();
+    EngineReportTest::SetUp();
     exec("INSERT INTO PNLEMPMST (VARIATION_ID, EMP_ID, SURNAME, FORENAME, SEX_ID, RELIGION_ID, DATE_START, DATE_LEFT) "
          "VALUES ('ORV01', 'E1', 'Ash', 'Ann', 'F', 'C', '2020-01-01', NULL), "
          "('ORV01', 'E2', 'Bay', 'Ben', 'M', '.P', '2024-03-01', NULL), "
@@ -105,15 +99,6 @@ class FemrTest : public ::testing::Test {
     grid("FEMRQ", "PNLEMPHST", {"EMP_ID", "SEQ_ID", "START_DATE"});
     grid("CANQ", "PNLCAND", {"SEQ_ID", "CAN_SURNAME"});
   }
-  void TearDown() override {
-    HREnvironment::set(nullptr);
-    setErrorComponentFactory(nullptr);
-    env_.reset();
-    db_.reset();
-    clearDictionaryCache();
-    clearControlCache();
-  }
-  void exec(const std::string& sql) { env_->hrConnection().execute(sql); }
   void job(const std::string& emp, int seq, const std::string& start, const std::string& end, double hours,
            const std::string& employ, const std::string& reason, const std::string& soc) {
     exec("INSERT INTO PNLEMPHST (VARIATION_ID, EMP_ID, SEQ_ID, JOB_ID, START_DATE, END_DATE, HOURS_PER_WEEK, "
@@ -142,18 +127,11 @@ class FemrTest : public ::testing::Test {
                                  rs_),
               expected)
         << form << " " << category;
-    Rows rows;
-    if (!rs_.isOpen()) return rows;
-    const bool detail = rs_.fieldIndex("EMP_ID") >= 0;
-    for (long r = 0; r < rs_.rowCount(); ++r) {
-      std::map<std::string, std::string> row;
-      for (int f = 0; f < rs_.fieldCount(); ++f) {
-        Value v = rs_.at(r, f);
-        row[rs_.field(f).name] = v.isNull() ? "<NULL>" : v.isDate() ? v.asDate().iso() : trim(v.text());
-      }
-      rows[detail ? row["EMP_ID"] : rs_.at(r, 0).text() + "/" + rs_.at(r, 1).text() + "/" + row["SOC_ID"]] = row;
-    }
-    return rows;
+    const bool detail = rs_.isOpen() && rs_.fieldIndex("EMP_ID") >= 0;
+    return test::rowsBy(rs_, [&](const test::Row& row, long r) {
+      return detail ? row.at("EMP_ID")
+                    : rs_.textAt(r, 0) + "/" + rs_.textAt(r, 1) + "/" + (row.count("SOC_ID") ? row.at("SOC_ID") : "");
+    });
   }
   // "START_DATE USE_FOR_RETURN DATA_MISSING" of each detail row.
   std::map<std::string, std::string> choices(const Rows& rows) {
@@ -165,13 +143,10 @@ class FemrTest : public ::testing::Test {
     return out;
   }
 
-  std::unique_ptr<test::ScratchDatabase> db_;
-  std::shared_ptr<StandaloneEnvironment> env_;
-  std::shared_ptr<ErrorRecorder> errors_;
   Recordset rs_;
 };
 
-TEST_F(FemrTest, EachCategoryChoosesItsRecordAndInclusion) {
+TEST_P(FemrTest, EachCategoryChoosesItsRecordAndInclusion) {
   using M = std::map<std::string, std::string>;
   // 01: latest start first; E3 left before the census date; E4 lacks codes.
   EXPECT_EQ(choices(run("81", "01")), (M{{"E1", "2024-01-01 True "}, {"E2", "2024-03-01 True "},
@@ -200,7 +175,7 @@ TEST_F(FemrTest, EachCategoryChoosesItsRecordAndInclusion) {
   EXPECT_TRUE(errors_->errors().empty());
 }
 
-TEST_F(FemrTest, ApplicantsAreOneRowPerPersonFromTheirFirstApplicationInThePeriod) {
+TEST_P(FemrTest, ApplicantsAreOneRowPerPersonFromTheirFirstApplicationInThePeriod) {
   auto rows = run("FEMR_01", "03", "CANQ");
   using M = std::map<std::string, std::string>;
   // A3 (2024-02-01) stands for Kelly 1990; A4's method is none of the three.
@@ -212,7 +187,7 @@ TEST_F(FemrTest, ApplicantsAreOneRowPerPersonFromTheirFirstApplicationInThePerio
   EXPECT_EQ(summary["03/N/A/9"].at("MALE_PROTESTANT"), "1");
 }
 
-TEST_F(FemrTest, SummariesCountPersonsMarkedInTheDetail) {
+TEST_P(FemrTest, SummariesCountPersonsMarkedInTheDetail) {
   for (const char* category : {"01", "02", "03", "04", "05"}) {
     const std::string query = std::string(category) == "03" ? "CANQ" : "FEMRQ";
     long marked = 0;
@@ -243,7 +218,7 @@ TEST_F(FemrTest, SummariesCountPersonsMarkedInTheDetail) {
   EXPECT_EQ(g["X//9"].size(), 0u);  // E3 left before the census date
 }
 
-TEST_F(FemrTest, BadInputFailsClearlyOrProducesNothing) {
+TEST_P(FemrTest, BadInputFailsClearlyOrProducesNothing) {
   // Neither date a date: nothing produced, no error.
   EXPECT_TRUE(run("81", "01", "FEMRQ", "", "soon", false).empty());
   // An unknown report name defines no field.
@@ -307,8 +282,8 @@ TEST_P(FemrReference, OneReadChoicesMatchThePerEmployeeStatements) {
   HREnvironment::set(nullptr);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, FemrReference, ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL),
-                         [](const auto& info) { return info.param == test::Engine::SQLite ? "SQLite" : "PostgreSQL"; });
+INSTANTIATE_TEST_SUITE_P(HandMadeCompany, FemrTest, ::testing::Values(test::Engine::SQLite), test::engineParam);
+ORVALIS_ON_SQLITE_AND_POSTGRESQL(FemrReference);
 
 }  // namespace
 }  // namespace orvalis::testing

@@ -3,21 +3,18 @@
 // input that must leave no file.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <random>
 
-#include "component/errors/recording_error_component.h"
-#include "data/control.h"
 #include "data/dialect.h"
-#include "data/hr_environment.h"
+#include "engine_report_fixture.h"
 #include "reports/establishment/establishment.h"
 #include "reports/establishment/establishment_sql.h"
 #include "runtime/text_file.h"
-#include "schema/schema.h"
-#include "support/databases.h"
-#include "support/test_environment.h"
+#include "support/report_rows.h"
+#include "support/temp_dir.h"
 
 namespace orvalis::testing {
 namespace {
@@ -40,17 +37,10 @@ TEST(ThrensbySql, EmptyBatchListKeepsTheHistoricalTextAndAListGetsACondition) {
   EXPECT_EQ(est::exportPath(est::kDefaultExportFile), std::filesystem::temp_directory_path() / "thrnsby,.csv");
 }
 
-class ThrensbyTest : public ::testing::TestWithParam<test::Engine> {
+class ThrensbyTest : public EngineReportTest {
  protected:
   void SetUp() override {
-    db_ = std::make_unique<test::ScratchDatabase>(GetParam());
-    env_ = test::installEnvironment(db_->url());
-    createSchema(env_->hrConnection());
-    clearControlCache();
-    errors_ = installRecordingErrorComponent();
-    std::random_device rd;
-    dir_ = std::filesystem::temp_directory_path() / ("orvalis-thrensby-" + std::to_string(rd()));
-    std::filesystem::create_directories(dir_);
+    EngineReportTest::SetUp();
     exec("INSERT INTO PNLMAN (VARIATION_ID, CODE_ID, DESCRIPTION) VALUES ('ORV01', 'M1', 'Smith, Ann'), "
          "('ORV01', 'M2', 'Jones')");
     exec("INSERT INTO PNLEMPMST (VARIATION_ID, EMP_ID, MAN_ID) VALUES ('ORV01', 'E1', 'M1'), ('ORV01', 'E2', 'M2')");
@@ -64,15 +54,6 @@ class ThrensbyTest : public ::testing::TestWithParam<test::Engine> {
       line(batch, ++seq, "E2", "NULL", "PENSION", "P2");
     }
   }
-  void TearDown() override {
-    HREnvironment::set(nullptr);
-    setErrorComponentFactory(nullptr);
-    env_.reset();
-    db_.reset();
-    std::error_code ec;
-    std::filesystem::remove_all(dir_, ec);
-  }
-  void exec(const std::string& sql) { env_->hrConnection().execute(sql); }
   void line(const char* batch, int seq, const char* emp, const char* code, const char* element, const char* payroll) {
     exec(std::string("INSERT INTO PAYBATGEN (VARIATION_ID, BATCH_ID, SEQ_ID, EMP_ID, GEN_CODE, GEN_VALUE, DET_SEQ_ID, "
                      "PAYROLL_ID, ELEMENT_ID) VALUES ('ORV01', '") + batch + "', " + std::to_string(seq) + ", '" + emp +
@@ -84,10 +65,7 @@ class ThrensbyTest : public ::testing::TestWithParam<test::Engine> {
     return e.Thrensby(Parameters(p));
   }
 
-  std::unique_ptr<test::ScratchDatabase> db_;
-  std::shared_ptr<StandaloneEnvironment> env_;
-  std::shared_ptr<ErrorRecorder> errors_;
-  std::filesystem::path dir_;
+  test::TempDir dir_{"orvalis-thrensby"};
 };
 
 TEST_P(ThrensbyTest, WritesTheLinesOfTheBatchesInTheRange) {
@@ -120,16 +98,22 @@ TEST_P(ThrensbyTest, WritesTheLinesOfTheBatchesInTheRange) {
 TEST_P(ThrensbyTest, NoBatchInTheRangeGivesTheHistoricalStatementAndAHeader) {
   reports::Establishment e;
   const auto file = dir_ / "empty.csv";
-  ASSERT_TRUE(e.Thrensby(Parameters({"TEMPLATE_ID=M", "START_YEAR=2030", "START_PERIOD=1", "END_YEAR=2030",
-                                     "END_PERIOD=12", Value("FILE_NAME=" + file.string())})));
+  const auto in2030 = [](const std::string& name) {
+    return Parameters({"TEMPLATE_ID=M", "START_YEAR=2030", "START_PERIOD=1", "END_YEAR=2030", "END_PERIOD=12",
+                       Value("FILE_NAME=" + name)});
+  };
+  ASSERT_TRUE(e.Thrensby(in2030(file.string())));
   EXPECT_EQ(e.lastExport().lineSql(), est::batchLinesSql(currentDialect(), "ORV01", ""));
   EXPECT_EQ(*readTextFile(file), std::string(est::kCsvHeader) + "\r\n");
   EXPECT_EQ(e.lastExport().fileName(), file.string());
-  // An empty name computes the default, written in the temporary folder.
-  ASSERT_TRUE(e.Thrensby(Parameters({"TEMPLATE_ID=M", "START_YEAR=2030", "START_PERIOD=1", "END_YEAR=2030",
-                                     "END_PERIOD=12", "FILE_NAME=   "})));
+  // An empty name computes the default, written in the temporary folder
+  // (now: a file left by an earlier run must not pass for this one's).
+  const auto written = std::filesystem::temp_directory_path() / "thrnsby,.csv";
+  const auto start = std::filesystem::file_time_type::clock::now() - std::chrono::seconds(2);
+  ASSERT_TRUE(e.Thrensby(in2030("   ")));
   EXPECT_EQ(e.lastExport().fileName(), "c:\\temp\\thrnsby,.csv");
-  EXPECT_TRUE(std::filesystem::exists(std::filesystem::temp_directory_path() / "thrnsby,.csv"));
+  ASSERT_TRUE(std::filesystem::exists(written));
+  EXPECT_GE(std::filesystem::last_write_time(written), start);
 }
 
 TEST_P(ThrensbyTest, BadInputIsReportedAndWritesNoFile) {
@@ -147,8 +131,7 @@ TEST_P(ThrensbyTest, BadInputIsReportedAndWritesNoFile) {
   EXPECT_FALSE(std::filesystem::exists(dir_ / "missing"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, ThrensbyTest, ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL),
-                         [](const auto& info) { return info.param == test::Engine::SQLite ? "SQLite" : "PostgreSQL"; });
+ORVALIS_ON_SQLITE_AND_POSTGRESQL(ThrensbyTest);
 
 }  // namespace
 }  // namespace orvalis::testing

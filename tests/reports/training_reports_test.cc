@@ -6,46 +6,20 @@
 
 #include <map>
 
-#include "engine_report_fixture.h"
-#include "component/errors/recording_error_component.h"
 #include "data/control.h"
-#include "data/dictionary.h"
-#include "data/hr_environment.h"
-#include "payroll/cpd_factor.h"
+#include "engine_report_fixture.h"
 #include "payroll/wte.h"
 #include "reports/sir_fe/sir_fe.h"
 #include "reports/training_costs/training_costs.h"
-#include "runtime/basic_date.h"
-#include "runtime/basic_string.h"
 #include "runtime/keyed_text.h"
-#include "schema/schema.h"
-#include "support/databases.h"
+#include "support/report_rows.h"
 #include "support/test_environment.h"
 
 namespace orvalis::testing {
 namespace {
 
-using Rows = std::map<std::string, std::map<std::string, std::string>>;
-
-TEST(CpdFactorDays, InsideSpanningDisjointReversedAsTheDatedForm) {
-  struct Case {
-    const char *as, *ae, *es, *ee;
-    double expected;
-  };
-  const Case cases[] = {
-      {"2024-08-01", "2025-07-31", "2024-10-01", "2024-10-10", 10.0 / 365},  // inside
-      {"2024-08-01", "2025-07-31", "2024-07-25", "2024-08-03", 3.0 / 365},   // spanning the start
-      {"2024-08-01", "2025-07-31", "2020-01-01", "2030-01-01", 1.0},         // covering the period
-      {"2024-08-01", "2025-07-31", "2025-08-01", "2025-08-02", 0.0},         // disjoint
-      {"2025-07-31", "2024-08-01", "2024-10-01", "2024-10-10", 0.0},         // period reversed
-      {"2024-08-01", "2025-07-31", "2024-10-10", "2024-10-01", 0.0},         // event reversed
-  };
-  for (const Case& c : cases) {
-    const auto day = [](const char* t) { return parseDate(t)->days(); };
-    EXPECT_DOUBLE_EQ(payroll::cpdFactorDays(day(c.as), day(c.ae), day(c.es), day(c.ee)), c.expected) << c.es;
-    EXPECT_DOUBLE_EQ(payroll::gfncCPDFactor(c.as, c.ae, c.es, c.ee), c.expected) << c.es;
-  }
-}
+using test::hasFields;
+using test::Rows;
 
 class TrainingReportsTest : public EngineReportTest {
  protected:
@@ -106,16 +80,7 @@ class TrainingReportsTest : public EngineReportTest {
   Rows run(ReportClass& report, const std::string& method, const std::vector<Value>& params) {
     Recordset rs;
     EXPECT_TRUE(report.ExtractData(env_, method, Parameters(params), rs)) << method;
-    Rows rows;
-    for (long r = 0; rs.isOpen() && r < rs.rowCount(); ++r) {
-      std::map<std::string, std::string> row;
-      for (int f = 0; f < rs.fieldCount(); ++f) {
-        Value v = rs.at(r, f);
-        row[rs.field(f).name] = v.isNull() ? "<NULL>" : v.isDate() ? v.asDate().iso() : trim(v.text());
-      }
-      rows[trim(rs.at(r, 0).text()) + "/" + trim(rs.at(r, 1).text())] = row;
-    }
-    return rows;
+    return test::rowsByFirstTwo(rs);
   }
   Rows cpd(const std::string& method, std::vector<Value> params = {"START_DATE=01/08/2024", "END_DATE=31/07/2025"}) {
     reports::SIR_FE report;
@@ -141,34 +106,32 @@ TEST_P(TrainingReportsTest, CpdContractsFactorsAndHoursSplitByDays) {
   std::vector<std::string> keys;
   for (const auto& [k, row] : rows) keys.push_back(k);
   EXPECT_EQ(keys, (std::vector<std::string>{"E1/Ash", "E2/Birch", "E3/Cedar", "E4/Dogwood", "E5/Elm"}));
-  const auto& e1 = rows["E1/Ash"];
   // 18.75 / 37.5 = 0.5, the whole period. Events: #1 4 days, 2 inside:
   // 20 x 2/4 = 10; #2 not CPD; #3 cancelled; #4 names no post, counts for
   // post 1: 3. 13 hours / 0.5 FTE = 26.
-  EXPECT_EQ(e1.at("FTE"), "0.5");
-  EXPECT_EQ(e1.at("PERIOD_FACTOR"), "1");
-  EXPECT_EQ(e1.at("CPD_EVENTS"), "2");
-  EXPECT_EQ(e1.at("CPD_HOURS"), "13");
-  EXPECT_EQ(e1.at("CPD_HOURS_PER_FTE"), "26");
-  EXPECT_EQ(e1.at("NOTE"), "");
+  EXPECT_TRUE(hasFields(rows["E1/Ash"], {{"FTE", "0.5"},
+                                         {"PERIOD_FACTOR", "1"},
+                                         {"CPD_EVENTS", "2"},
+                                         {"CPD_HOURS", "13"},
+                                         {"CPD_HOURS_PER_FTE", "26"},
+                                         {"NOTE", ""}}));
   // Started 01/02/2025: 181/365 = 0.49589; no rule, the post's factor 1.
   // The event of a non-CPD course flagged CPD counts, without hours.
-  const auto& e2 = rows["E2/Birch"];
-  EXPECT_EQ(e2.at("PERIOD_FACTOR"), "0.49589");
-  EXPECT_EQ(e2.at("FTE_IN_PERIOD"), "0.49589");
-  EXPECT_EQ(e2.at("CPD_EVENTS"), "1");
-  EXPECT_EQ(e2.at("CPD_HOURS"), "0");
-  EXPECT_EQ(e2.at("NOTE"), "No WTE rule: the post's WTE factor is used; 1 CPD event(s) without hours");
+  EXPECT_TRUE(hasFields(rows["E2/Birch"],
+                        {{"PERIOD_FACTOR", "0.49589"},
+                         {"FTE_IN_PERIOD", "0.49589"},
+                         {"CPD_EVENTS", "1"},
+                         {"CPD_HOURS", "0"},
+                         {"NOTE", "No WTE rule: the post's WTE factor is used; 1 CPD event(s) without hours"}}));
   // Unknown rule X: factor 0.8; starts 01/09/2024: 334/365 = 0.91507,
   // FTE in period 0.73205. #1 runs 25/07-03/08/2024, 3 of its 10 days
   // inside: 50 x 3/10 = 15; 15 / 0.73205 = 20.49.
-  const auto& e3 = rows["E3/Cedar"];
-  EXPECT_EQ(e3.at("FTE"), "0.8");
-  EXPECT_EQ(e3.at("PERIOD_FACTOR"), "0.91507");
-  EXPECT_EQ(e3.at("FTE_IN_PERIOD"), "0.73205");
-  EXPECT_EQ(e3.at("CPD_HOURS"), "15");
-  EXPECT_EQ(e3.at("CPD_HOURS_PER_FTE"), "20.49");
-  EXPECT_EQ(e3.at("NOTE"), "WTE rule X does not exist: the post's WTE factor is used");
+  EXPECT_TRUE(hasFields(rows["E3/Cedar"], {{"FTE", "0.8"},
+                                           {"PERIOD_FACTOR", "0.91507"},
+                                           {"FTE_IN_PERIOD", "0.73205"},
+                                           {"CPD_HOURS", "15"},
+                                           {"CPD_HOURS_PER_FTE", "20.49"},
+                                           {"NOTE", "WTE rule X does not exist: the post's WTE factor is used"}}));
   EXPECT_EQ(rows["E4/Dogwood"].at("PERIOD_FACTOR"), "0.50411");  // 184/365
   // The factor of the rule read once is the factor gfncWTE writes.
   std::string data = "WTE_ID=H\r\nHOURS=18.75\r\nSALARY=0";
@@ -184,13 +147,12 @@ TEST_P(TrainingReportsTest, CpdSummaryByDepartmentAndDefaultPeriod) {
   Rows rows = cpd("SIR_CPD_SUMMARY");
   // D1: E1 0.5, E2 1 x 0.49589, E5 1: FTE 2.5, in period 1.99589; 13 hours,
   // 13 / 1.99589 = 6.51.
-  const auto& d1 = rows["D1/Teaching"];
-  EXPECT_EQ(d1.at("CONTRACTS"), "3");
-  EXPECT_EQ(d1.at("STAFF"), "3");
-  EXPECT_EQ(d1.at("FTE"), "2.5");
-  EXPECT_EQ(d1.at("FTE_IN_PERIOD"), "1.99589");
-  EXPECT_EQ(d1.at("CPD_EVENTS"), "3");
-  EXPECT_EQ(d1.at("CPD_HOURS_PER_FTE"), "6.51");
+  EXPECT_TRUE(hasFields(rows["D1/Teaching"], {{"CONTRACTS", "3"},
+                                              {"STAFF", "3"},
+                                              {"FTE", "2.5"},
+                                              {"FTE_IN_PERIOD", "1.99589"},
+                                              {"CPD_EVENTS", "3"},
+                                              {"CPD_HOURS_PER_FTE", "6.51"}}));
   EXPECT_EQ(rows.size(), 3u);  // D1, D2, D4: departments without contracts are not listed
 
   // Without dates the period is SIRSTARTDT / SIRENDDT of module PNL.
@@ -205,20 +167,12 @@ TEST_P(TrainingReportsTest, CostListingOfEventsStartingInThePeriod) {
   Recordset rs;
   reports::TrainingCosts report;
   ASSERT_TRUE(report.ExtractData(env_, "TRAINING_COSTS", Parameters({"START_DATE=01/08/2024", "END_DATE=31/07/2025"}), rs));
-  std::map<std::string, std::map<std::string, std::string>> byEvent;
-  for (long r = 0; r < rs.rowCount(); ++r) {
-    std::map<std::string, std::string> row;
-    for (int f = 0; f < rs.fieldCount(); ++f) {
-      Value v = rs.at(r, f);
-      row[rs.field(f).name] = v.isNull() ? "<NULL>" : v.isDate() ? v.asDate().iso() : trim(v.text());
-    }
-    byEvent[row["EMP_ID"] + "@" + row["START_DATE"]] = row;
-  }
+  Rows byEvent =
+      test::rowsBy(rs, [](const test::Row& row, long) { return row.at("EMP_ID") + "@" + row.at("START_DATE"); });
   // Not E1 #3 (cancelled) nor E3 #1 (starts in the year before).
   EXPECT_EQ(byEvent.size(), 7u);
-  EXPECT_EQ(byEvent["E1@2025-07-30"].at("TOTAL_COST"), "120");  // 100 + 20 + empty
-  EXPECT_EQ(byEvent["E1@2025-07-30"].at("DEPT_DESC"), "Teaching");
-  EXPECT_EQ(byEvent["E1@2025-07-30"].at("CRS_TYPE_DESC"), "Teaching");
+  EXPECT_TRUE(hasFields(byEvent["E1@2025-07-30"],  // 100 + 20 + empty
+                        {{"TOTAL_COST", "120"}, {"DEPT_DESC", "Teaching"}, {"CRS_TYPE_DESC", "Teaching"}}));
   EXPECT_EQ(byEvent["E1@2024-10-01"].at("DAYS"), "1");  // no DAYS, no END_DATE: one day
   EXPECT_EQ(byEvent["E2@2025-06-01"].at("NOTE"), "Course ZZ does not exist");
   EXPECT_EQ(byEvent["E2@2025-05-01"].at("NOTE"), "No hours");
@@ -227,28 +181,23 @@ TEST_P(TrainingReportsTest, CostListingOfEventsStartingInThePeriod) {
 
 TEST_P(TrainingReportsTest, CostSummaryPerHeadWithEmptyDepartments) {
   Rows rows = costs("TRAINING_COST_SUMMARY", {});
-  // D1: E1 120 + 50 + 30, E2 40 + 30 = 270 over 5 events; in post on
-  // 31/07/2025: E1, E2, E5. 270 / 3 = 90 per head, 270 / 2 = 135 per
-  // attendee.
-  const auto& d1 = rows["D1/Teaching"];
-  EXPECT_EQ(d1.at("HEADCOUNT"), "3");
-  EXPECT_EQ(d1.at("ATTENDEES"), "2");
-  EXPECT_EQ(d1.at("EVENTS"), "5");
-  EXPECT_EQ(d1.at("DAYS"), "8");  // 4 + 1 + 1 + 1 + 1
-  EXPECT_EQ(d1.at("TOTAL_COST"), "270");
-  EXPECT_EQ(d1.at("COST_PER_HEAD"), "90");
-  EXPECT_EQ(d1.at("COST_PER_ATTENDEE"), "135");
+  // D1: E1 120 + 50 + 30, E2 40 + 30 = 270 over 5 events (4 + 1 + 1 + 1 + 1
+  // days); in post on 31/07/2025: E1, E2, E5. 270 / 3 = 90 per head,
+  // 270 / 2 = 135 per attendee.
+  EXPECT_TRUE(hasFields(rows["D1/Teaching"], {{"HEADCOUNT", "3"},
+                                              {"ATTENDEES", "2"},
+                                              {"EVENTS", "5"},
+                                              {"DAYS", "8"},
+                                              {"TOTAL_COST", "270"},
+                                              {"COST_PER_HEAD", "90"},
+                                              {"COST_PER_ATTENDEE", "135"}}));
   // D3 has neither staff nor events; D4's only employee left in January:
   // 80 spent, nobody in post, so no cost per head.
-  const auto& d3 = rows["D3/Empty"];
-  EXPECT_EQ(d3.at("HEADCOUNT"), "0");
-  EXPECT_EQ(d3.at("TOTAL_COST"), "0");
-  EXPECT_EQ(d3.at("COST_PER_HEAD"), "<NULL>");
-  EXPECT_EQ(d3.at("COST_PER_ATTENDEE"), "<NULL>");
-  const auto& d4 = rows["D4/Closed"];
-  EXPECT_EQ(d4.at("HEADCOUNT"), "0");
-  EXPECT_EQ(d4.at("COST_PER_HEAD"), "<NULL>");
-  EXPECT_EQ(d4.at("COST_PER_ATTENDEE"), "80");
+  EXPECT_TRUE(hasFields(
+      rows["D3/Empty"],
+      {{"HEADCOUNT", "0"}, {"TOTAL_COST", "0"}, {"COST_PER_HEAD", "<NULL>"}, {"COST_PER_ATTENDEE", "<NULL>"}}));
+  EXPECT_TRUE(
+      hasFields(rows["D4/Closed"], {{"HEADCOUNT", "0"}, {"COST_PER_HEAD", "<NULL>"}, {"COST_PER_ATTENDEE", "80"}}));
   // By course: the unknown course is a group of its own; headcount is the
   // company's (E1, E2, E3, E5).
   Rows byCourse = costs("TRAINING_COST_SUMMARY", {"GROUP_BY=course_id"});
@@ -271,9 +220,7 @@ TEST_P(TrainingReportsTest, BadWindowsAndGroupsAreClearErrors) {
   EXPECT_FALSE(costsReport.ExtractData(env_, "93", Parameters(), rs));
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, TrainingReportsTest,
-                         ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL),
-                         [](const auto& info) { return info.param == test::Engine::SQLite ? "SQLite" : "PostgreSQL"; });
+ORVALIS_ON_SQLITE_AND_POSTGRESQL(TrainingReportsTest);
 
 }  // namespace
 }  // namespace orvalis::testing

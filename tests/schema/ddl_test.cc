@@ -10,6 +10,7 @@
 #include "schema/dictionary_rows.h"
 #include "schema/schema.h"
 #include "support/databases.h"
+#include "support/report_rows.h"
 
 namespace orvalis {
 namespace {
@@ -148,9 +149,7 @@ TEST_P(SchemaOnEngine, CreatesEveryColumnAsTheDescriptionDeclaresIt) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, SchemaOnEngine,
-                         ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL),
-                         [](const auto& info) { return std::string(test::engineName(info.param)); });
+ORVALIS_ON_SQLITE_AND_POSTGRESQL(SchemaOnEngine);
 
 TEST(SchemaEngine, OnlySQLiteAndPostgreSQLGetASchema) {
   EXPECT_EQ(schemaEngineOf("SQLITE"), SchemaEngine::SQLite);

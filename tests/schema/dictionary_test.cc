@@ -1,14 +1,16 @@
 // The data-dictionary lookups over the dictionary rows createSchema()
 // writes: answers, fallbacks for unknown names, and the per-environment
 // cache.
+#include "data/dictionary.h"
+
 #include <gtest/gtest.h>
 
 #include "component/errors/recording_error_component.h"
-#include "data/dictionary.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"
 #include "schema/schema.h"
 #include "support/databases.h"
+#include "support/report_rows.h"
 
 namespace orvalis {
 namespace {
@@ -113,8 +115,7 @@ TEST_P(Dictionary, CacheFollowsTheEnvironmentAndCanBeCleared) {
   EXPECT_EQ(gfncFieldLabel("PNLEMPMST.SURNAME"), "Family name");
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, Dictionary, ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL),
-                         [](const auto& info) { return std::string(test::engineName(info.param)); });
+ORVALIS_ON_SQLITE_AND_POSTGRESQL(Dictionary);
 
 TEST(DictionaryWithoutEnvironment, AnswersTheFallbacks) {
   HREnvironment::set(nullptr);
