@@ -31,6 +31,20 @@ std::optional<std::pair<std::string, std::string>> sessionVariable(const std::st
   return std::make_pair(trim(set.substr(0, eq)), set.substr(eq + 1));
 }
 
+// CODE=URL of --database: the code upper-cased, or nothing when either side
+// is empty or the code is not a plain name.
+std::optional<std::pair<std::string, std::string>> databaseCode(const std::string& text) {
+  auto eq = text.find('=');
+  if (eq == std::string::npos) return std::nullopt;
+  std::string code = upperTrim(text.substr(0, eq));
+  std::string url = trim(text.substr(eq + 1));
+  if (code.empty() || url.empty()) return std::nullopt;
+  for (char c : code) {
+    if (!(c >= 'A' && c <= 'Z') && !(c >= '0' && c <= '9') && c != '_') return std::nullopt;
+  }
+  return std::make_pair(code, url);
+}
+
 // A positive whole number given to a limit option, or nothing for none given.
 std::optional<int> positiveOption(const std::string& option, const std::string& text, const char* unit) {
   if (text.empty()) return std::nullopt;
@@ -66,6 +80,17 @@ void CliContext::checkOptions() const {
   for (const std::string& set : options.sets) {
     if (!sessionVariable(set)) {
       throw Error(err::kInvalidProcedureCall, "orvalis", "--set expects NAME=VALUE, got \"" + set + "\"");
+    }
+  }
+  std::map<std::string, std::string> codes;
+  for (const std::string& text : options.databases) {
+    auto mapping = databaseCode(text);
+    if (!mapping) {
+      throw Error(err::kInvalidProcedureCall, "orvalis",
+                  "--database expects CODE=URL (a code of letters, digits and _), got \"" + text + "\"");
+    }
+    if (!codes.emplace(*mapping).second) {
+      throw Error(err::kInvalidProcedureCall, "orvalis", "--database: code " + mapping->first + " is given twice");
     }
   }
   positiveOption("--timeout", options.timeout, "seconds");
@@ -119,6 +144,7 @@ std::shared_ptr<StandaloneEnvironment> CliContext::sharedEnvironment(Access acce
     auto [name, value] = *sessionVariable(set);
     config.sessionVariables[name] = value;
   }
+  for (const std::string& text : options.databases) config.databases.insert(*databaseCode(text));
   std::string url = config.hrUrl;
   environment_ = std::make_shared<StandaloneEnvironment>(std::move(config));
   HREnvironment::set(environment_);

@@ -3,8 +3,8 @@
 // Each cli/cmd_*.cc file registers its commands with a static
 // RegisterCommands object, so adding a command touches no shared file.
 // CliContext holds the options common to every command (--db, --company,
-// --user, --employee, --language, --set, --ini, --work-dir, --provider,
-// --trace-sql) and builds the standalone environment from them on first
+// --user, --employee, --language, --set, --database, --ini, --work-dir,
+// --provider, --trace-sql) and builds the standalone environment from them on first
 // use, storing it in HREnvironment.
 //
 // Exit status convention: 0 success (an extract returned True), 1 an extract
@@ -31,6 +31,7 @@ struct CommonOptions {
   std::string employee;
   std::string language;
   std::vector<std::string> sets;  // NAME=VALUE session variables
+  std::vector<std::string> databases;  // CODE=URL database codes
   std::string ini;
   std::string workDir;
   std::string provider;
@@ -59,7 +60,7 @@ class CliContext {
   std::shared_ptr<StandaloneEnvironment> sharedEnvironment(Access access = Access::Open);
 
   // Checks the common options that need no database (--provider, --set,
-  // --ini, --timeout, --busy-timeout); raises orvalis::Error with one line for the first bad one. Runs
+  // --database, --ini, --timeout, --busy-timeout); raises orvalis::Error with one line for the first bad one. Runs
   // before any command.
   void checkOptions() const;
 

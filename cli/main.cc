@@ -177,6 +177,9 @@ int main(int argc, char** argv) {
   app.add_option("--employee", o.employee, "employee code of the session");
   app.add_option("--language", o.language, "product and session language (default ENG)");
   app.add_option("--set", o.sets, "session variable NAME=VALUE (repeatable)");
+  app.add_option("--database", o.databases,
+                 "database code CODE=URL, e.g. the master database that MASTERDB names (repeatable; ahead of "
+                 "HR.ini's [Databases] section)");
   app.add_option("--ini", o.ini, "settings file (default HR.ini in the work folder)");
   app.add_option("--work-dir", o.workDir, "work folder (default $ORVALIS_WORK_DIR or ~/.local/share/orvalis)");
   app.add_option("--provider", o.provider, "provider DataBaseType reports: SQLOLEDB, MSDAORA, SQLITE, POSTGRESQL");

@@ -13,6 +13,8 @@ namespace {
 constexpr const char* kModule = "HRDataFunctions";
 constexpr const char* kNoMasterDb = "NO MASTER DB";
 constexpr const char* kNoMasterVariation = "NO MASTER VARIATION_ID";
+// The centrally kept tables, by the start of their names.
+constexpr const char* kCentralTables[] = {"ADMGRID", "ADMWF", "OADMNOTE", "ADMNOTE"};
 
 // Reads a session-cached setting: the session variable when set, else the
 // settings file (trimmed, upper-cased), else the placeholder; stored back so
@@ -83,7 +85,13 @@ bool gfncOpenRecordset(const std::string& sql, Recordset& rs, const std::string&
         // The centrally kept tables may live in a master database.
         std::string master = gfncMasterDatabase(sql);
         if (master.empty()) throw;
-        rs = manager.ExecuteQueryAsync(sql, "@" + master);
+        try {
+          rs = manager.ExecuteQueryAsync(sql, "@" + master);
+        } catch (const Error& m) {
+          throw Error(m.number(), m.source(),
+                      "master database " + master + " (setting MASTERDB): " + m.description() +
+                          "; on the company database: " + e.description());
+        }
       }
       result = rs.isOpen();
     });
@@ -106,10 +114,18 @@ std::string gfncMasterDatabase(const std::string& sql) {
   std::string master = cachedSetting("MasterDataBaseAvailable", "MASTERDB", kNoMasterDb);
   if (master == kNoMasterDb) return "";
   std::string upper = ucase(sql);
-  for (const char* table : {"FROM ADMGRID", "FROM ADMWF", "FROM OADMNOTE", "FROM ADMNOTE"}) {
-    if (upper.find(table) != std::string::npos) return master;
+  for (const char* table : kCentralTables) {
+    if (upper.find(std::string("FROM ") + table) != std::string::npos) return master;
   }
   return "";
+}
+
+bool isCentrallyKeptTable(const std::string& table) {
+  const std::string name = upperTrim(table);
+  for (const char* central : kCentralTables) {
+    if (startsWith(name, central)) return true;
+  }
+  return false;
 }
 
 std::string gfncMasterVariation() {

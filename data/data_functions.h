@@ -31,7 +31,9 @@ std::string gfncDatabaseType(const std::string& databaseCode);
 // Runs sql on the connection of databaseCode and leaves the rows in rs.
 // Returns true when rs is open and usable. An empty sql leaves rs closed and
 // returns false. When the statement fails and gfncMasterDatabase names a
-// master database for it, the statement is run again there.
+// master database for it, the statement is run again there; when it fails
+// there too, the error names the master database code and carries both
+// databases' messages.
 bool gfncOpenRecordset(const std::string& sql, Recordset& rs, const std::string& databaseCode = "");
 
 // Convenience for the many places that only need the rows: opens sql and
@@ -43,8 +45,12 @@ Recordset openRecordset(const std::string& sql, const std::string& databaseCode 
 long executeStatement(const std::string& sql, const std::string& databaseCode = "");
 
 // The master database code for statements on the centrally kept tables
-// (stored queries, workflow definitions, notes), or "".
+// (stored queries, workflow definitions, notes), or "". The code comes from
+// the setting "MASTERDB"; the environment maps it to a database.
 std::string gfncMasterDatabase(const std::string& sql);
+// True for a table kept centrally: one whose "FROM <table>" the master
+// database takes (ADMGRID*, ADMWF*, ADMNOTE*, OADMNOTE*).
+bool isCentrallyKeptTable(const std::string& table);
 // The master company code for the same statements, or "".
 std::string gfncMasterVariation();
 

@@ -1,9 +1,13 @@
 #include "data/standalone_environment.h"
 
+#include <filesystem>
+#include <optional>
+
 #include "data/dictionary.h"
 #include "runtime/basic_string.h"
 #include "runtime/database_fault.h"
 #include "runtime/error.h"
+#include "runtime/settings_file.h"
 
 namespace orvalis {
 
@@ -17,14 +21,33 @@ StandaloneEnvironment::~StandaloneEnvironment() = default;
 bool StandaloneEnvironment::ValidEnvironment() { return config_.valid; }
 HRSession& StandaloneEnvironment::HREnvironment() { return *this; }
 std::string StandaloneEnvironment::connectionString() { return config_.hrUrl; }
-std::string StandaloneEnvironment::ConnectionKVS() {
-  return config_.kvsUrl.empty() ? config_.hrUrl : config_.kvsUrl;
-}
-std::string StandaloneEnvironment::ConnectionTWO() {
-  return config_.twoUrl.empty() ? config_.hrUrl : config_.twoUrl;
-}
+std::string StandaloneEnvironment::ConnectionKVS() { return productUrl(config_.kvsUrl, "KVS", "S"); }
+std::string StandaloneEnvironment::ConnectionTWO() { return productUrl(config_.twoUrl, "TWO", "GP"); }
 std::string StandaloneEnvironment::ConnectionDYNAMICS() {
-  return config_.dynamicsUrl.empty() ? config_.hrUrl : config_.dynamicsUrl;
+  return productUrl(config_.dynamicsUrl, "DYNAMICS", "F");
+}
+
+std::string StandaloneEnvironment::productUrl(const std::string& own, const char* code, const char* alias) const {
+  if (!own.empty()) return own;
+  std::string url = mappedUrl(code);
+  if (url.empty()) url = mappedUrl(alias);
+  return url.empty() ? config_.hrUrl : url;
+}
+
+std::string StandaloneEnvironment::mappedUrl(const std::string& code) const {
+  const std::string key = upperTrim(code);
+  if (key.empty()) return "";
+  auto it = config_.databases.find(key);
+  if (it != config_.databases.end()) return it->second;
+  std::optional<std::string> url = currentSettings().get("Databases", key);
+  if (!url || trim(*url).empty()) return "";
+  // A relative SQLite path in the settings file counts from its folder.
+  std::string text = trim(*url);
+  if (startsWith(text, "sqlite:") && text != "sqlite::memory:") {
+    std::filesystem::path path(text.substr(7));
+    if (path.is_relative()) text = "sqlite:" + (settingsPath().parent_path() / path).lexically_normal().string();
+  }
+  return text;
 }
 
 std::string StandaloneEnvironment::DataBaseType(const std::string& databaseCode) {
@@ -98,8 +121,13 @@ Value StandaloneEnvironment::XRefEntityCaption(const std::string& entity) const 
 std::string StandaloneEnvironment::resolveUrl(const std::string& connectionText) const {
   std::string url = connectionText;
   if (startsWith(url, "@")) {
-    auto it = config_.databases.find(upperTrim(url.substr(1)));
-    url = it == config_.databases.end() ? config_.hrUrl : it->second;
+    const std::string code = upperTrim(url.substr(1));
+    url = mappedUrl(code);
+    if (url.empty()) {
+      throw Error(err::kDatabase, "ORVALIS",
+                  "database code " + code + " has no URL: map it with --database " + code +
+                      "=URL or a line " + code + "=URL in the [Databases] section of " + settingsPath().string());
+    }
   }
   if (url.empty()) {
     throw Error(err::kDatabase, "ORVALIS", "No database is configured for this connection");
@@ -126,7 +154,22 @@ Connection& StandaloneEnvironment::connection(const std::string& connectionText)
   }
   auto it = connections_.find(url);
   if (it == connections_.end()) {
-    std::unique_ptr<Connection> c = openConnection(url, config_.connectionOptions);
+    std::unique_ptr<Connection> c;
+    if (!startsWith(connectionText, "@")) {
+      c = openConnection(url, config_.connectionOptions);
+    } else {
+      // A database named by code must be there: SQLite would create an
+      // empty file and every table would read as missing.
+      const std::string code = upperTrim(connectionText.substr(1));
+      if (startsWith(url, "sqlite:") && url != "sqlite::memory:" && !std::filesystem::exists(url.substr(7))) {
+        throw Error(err::kDatabase, "ORVALIS", "database code " + code + ": no SQLite database at " + url.substr(7));
+      }
+      try {
+        c = openConnection(url, config_.connectionOptions);
+      } catch (const Error& e) {
+        throw Error(e.number(), e.source(), "database code " + code + " (" + displayUrl(url) + "): " + e.description());
+      }
+    }
     if (trace_) c->setTrace(trace_);
     it = connections_.emplace(url, std::move(c)).first;
   }

@@ -19,6 +19,15 @@
 // with the first loss's message, so that a report whose procedures carry on
 // after the loss does not wait on the network row after row.
 //
+// Database codes. The connection text "@CODE" names a database by code
+// (the master database of the centrally kept tables, for example); its URL
+// is the one `databases` maps the code to, else the entry CODE=URL of the
+// [Databases] section of the settings file (an SQLite path there counts
+// from the settings file's folder). A code mapped nowhere, or an SQLite file
+// that is not there, is an error naming the code: a database never silently
+// stands in for another. The product's own codes ("KVS"/"S", "TWO"/"GP",
+// "DYNAMICS"/"F") take a mapped URL too when their URL is not set.
+//
 // Owns its connections. Single-threaded.
 #pragma once
 
@@ -36,8 +45,8 @@ struct StandaloneConfig {
   std::string kvsUrl;       // "ConnectionKVS" (payroll); empty = the HR database
   std::string twoUrl;       // "ConnectionTWO"; empty = the HR database
   std::string dynamicsUrl;  // "ConnectionDYNAMICS"; empty = the HR database
-  // Further databases by code, reached with the connection text "@CODE"
-  // (the master database of the centrally kept tables, for example).
+  // Databases by code (upper-cased), reached with the connection text
+  // "@CODE"; ahead of the settings file's [Databases] section.
   std::map<std::string, std::string> databases;
   std::string companyCode;
   std::string userCode;
@@ -115,6 +124,11 @@ class StandaloneEnvironment final : public Environment,
   template <typename F>
   auto guarded(const std::string& connectionText, F statement);
   std::string resolveUrl(const std::string& connectionText) const;
+  // The URL mapped to a database code, or "".
+  std::string mappedUrl(const std::string& code) const;
+  // A product code's own URL, else the one mapped to either of its names,
+  // else the HR database.
+  std::string productUrl(const std::string& own, const char* code, const char* alias) const;
 
   struct Lost {
     bool dead = false;         // no more statements: fail with `first`

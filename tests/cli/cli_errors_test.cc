@@ -52,6 +52,9 @@ TEST_F(CliErrors, BadOptionsFailInOneLineWithExitTwo) {
       {{"--timeout", "1.5", "classes"}, "--timeout: expected a positive whole number of seconds"},
       {{"--busy-timeout", "-5", "classes"}, "--busy-timeout: expected a positive whole number of milliseconds"},
       {{"--busy-timeout", "soon", "classes"}, "got \"soon\""},
+      {{"--database", "CENTRAL", "classes"}, "--database expects CODE=URL"},
+      {{"--database", "CEN TRAL=sqlite:x.db", "classes"}, "got \"CEN TRAL=sqlite:x.db\""},
+      {{"--database", "M=sqlite:a.db", "--database", "m=sqlite:b.db", "classes"}, "--database: code M is given twice"},
   };
   for (const Case& c : cases) {
     CliResult r = run(c.args);

@@ -111,5 +111,22 @@ TEST_F(DataFunctionsTest, MasterDatabaseRedirectsCentralTablesOnly) {
   EXPECT_FALSE(gfncOpenRecordset("select * from NOTCENTRAL", rs));
 }
 
+TEST_F(DataFunctionsTest, DatabaseCodesMapFromOptionsThenTheSettingsFile) {
+  {
+    std::ofstream ini(dir_ / "HR.ini");
+    ini << "[Databases]\ncentral = sqlite:sub/master.db\nKVS=sqlite:/srv/pay.db\nGP=sqlite:/srv/ini-gp.db\n";
+  }
+  setSettingsPath(dir_ / "HR.ini");
+  reconfigure([](StandaloneConfig& c) { c.databases["GP"] = "sqlite:/srv/gp.db"; });
+  // A relative SQLite path counts from the settings file's folder; an
+  // option comes before the file; the product's codes take a mapping too.
+  std::filesystem::create_directories(dir_ / "sub");
+  openConnection("sqlite:" + (dir_ / "sub" / "master.db").string())->execute("create table M (A integer)");
+  EXPECT_EQ(env_->connection("@Central").query("select count(*) from M").get(0).text(), "0");
+  EXPECT_EQ(gfncConnectionString("S"), "sqlite:/srv/pay.db");
+  EXPECT_EQ(gfncConnectionString("TWO"), "sqlite:/srv/gp.db");
+  EXPECT_EQ(gfncConnectionString("F"), url_);
+}
+
 }  // namespace
 }  // namespace orvalis::testing
