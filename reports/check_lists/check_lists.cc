@@ -86,6 +86,18 @@ class RowsInKeyOrder {
   std::optional<std::unordered_map<std::string, long, Hash, std::equal_to<>>> index_;
 };
 
+// A text's value when it is a plain number below 256 (digits only, no
+// leading zero), else -1.
+int smallNumber(std::string_view text) {
+  if (text.empty() || text.size() > 3 || (text[0] == '0' && text.size() > 1)) return -1;
+  int n = 0;
+  for (char c : text) {
+    if (c < '0' || c > '9') return -1;
+    n = n * 10 + (c - '0');
+  }
+  return n < 256 ? n : -1;
+}
+
 // STATUS_ID "C" (any case, blanks around).
 bool isComplete(std::string_view status) {
   status = blankTrimmed(status);
@@ -95,6 +107,20 @@ bool isComplete(std::string_view status) {
 }  // namespace
 
 CheckLists::CheckLists() : ReportClass(published()) {}
+
+void CheckLists::ListItems::add(std::string seq, Item item) {
+  const int n = smallNumber(seq);
+  const auto [at, added] = bySeq.emplace(std::move(seq), std::move(item));
+  if (!added || n < 0) return;  // the first of two equal SEQ_IDs stands
+  if (byNumber.size() <= static_cast<size_t>(n)) byNumber.resize(static_cast<size_t>(n) + 1);
+  byNumber[static_cast<size_t>(n)] = &at->second;
+}
+
+const CheckLists::Item* CheckLists::ListItems::find(std::string_view seq) const {
+  if (const int n = smallNumber(seq); n >= 0) return static_cast<size_t>(n) < byNumber.size() ? byNumber[n] : nullptr;
+  const auto it = bySeq.find(seq);
+  return it == bySeq.end() ? nullptr : &it->second;
+}
 
 void registerCheckLists() { registerReportClass(published()); }
 
@@ -171,7 +197,7 @@ void CheckLists::subLoadCheckLists() {
     it.role = trim(items.textAt(r, 5));
     it.roleKey = ucase(it.role);
     it.mandatory = flagIsYes(trim(items.textAt(r, 6)));
-    items_[upperTrim(items.textAt(r, 0))].emplace(trim(items.textAt(r, 1)), std::move(it));
+    items_[upperTrim(items.textAt(r, 0))].add(trim(items.textAt(r, 1)), std::move(it));
   }
 }
 
@@ -267,7 +293,7 @@ bool CheckLists::fncBaseLoop(const std::string& method, Recordset& rsData, Recor
       // row before are kept while its keys repeat.
       std::string listScratch, seqScratch;
       std::string lastEmp, lastList, lastDept, lastMan;
-      const ItemsBySeq* listItems = nullptr;
+      const ListItems* listItems = nullptr;
       bool empLooked = false, listLooked = false, postLooked = false;
       long emp = -1;  // the employee's row, -1 when not shown
       const std::vector<std::optional<DateTime>>* post = nullptr;
@@ -317,11 +343,7 @@ bool CheckLists::fncBaseLoop(const std::string& method, Recordset& rsData, Recor
           const auto i = items_.find(listUpper);
           listItems = i == items_.end() ? nullptr : &i->second;
         }
-        const Item* item = nullptr;
-        if (listItems) {
-          const auto i = listItems->find(seq);
-          if (i != listItems->end()) item = &i->second;
-        }
+        const Item* item = listItems ? listItems->find(seq) : nullptr;
         if (!responsible_.empty() && (!item || item->roleKey != responsible_)) continue;
 
         std::string note;

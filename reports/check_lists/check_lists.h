@@ -93,8 +93,16 @@ class CheckLists final : public ReportClass {
     using is_transparent = void;
     size_t operator()(std::string_view s) const { return std::hash<std::string_view>()(s); }
   };
-  using ItemsBySeq = std::unordered_map<std::string, Item, TextHash, std::equal_to<>>;
-  std::unordered_map<std::string, ItemsBySeq> items_;  // upper-cased CHK_ID -> trimmed SEQ_ID
+  // A check-list's items by their trimmed SEQ_ID text; those written as a
+  // small plain number ("7", not "07") also by that number, found without
+  // hashing.
+  struct ListItems {
+    std::unordered_map<std::string, Item, TextHash, std::equal_to<>> bySeq;
+    std::vector<const Item*> byNumber;
+    void add(std::string seq, Item item);
+    const Item* find(std::string_view seq) const;
+  };
+  std::unordered_map<std::string, ListItems> items_;  // by upper-cased CHK_ID
   std::vector<std::string> masterColumns_;          // PNLEMPMST base columns, read with the employees
   std::vector<std::string> postColumns_;            // PNLEMPHST base columns
 };
