@@ -116,6 +116,11 @@ void CheckLists::ListItems::add(std::string seq, Item item) {
   byNumber[static_cast<size_t>(n)] = &at->second;
 }
 
+const CheckLists::Item* CheckLists::ListItems::find(int64_t seq) const {
+  if (seq >= 0 && seq < 256) return static_cast<size_t>(seq) < byNumber.size() ? byNumber[seq] : nullptr;
+  return find(std::to_string(seq));
+}
+
 const CheckLists::Item* CheckLists::ListItems::find(std::string_view seq) const {
   if (const int n = smallNumber(seq); n >= 0) return static_cast<size_t>(n) < byNumber.size() ? byNumber[n] : nullptr;
   const auto it = bySeq.find(seq);
@@ -334,7 +339,11 @@ bool CheckLists::fncBaseLoop(const std::string& method, Recordset& rsData, Recor
         }
         if (emp < 0) continue;
         const std::string_view listId = blankTrimmed(driving.textViewAt(r, cList, listScratch));
-        const std::string_view seq = blankTrimmed(driving.textViewAt(r, cSeq, seqScratch));
+        // ITEM_SEQ_ID read as a whole number is found by it, as its text
+        // would find it.
+        const Value seqValue = driving.at(r, cSeq);
+        const bool seqWhole = seqValue.kind() == Value::Kind::Integer;
+        const auto seqText = [&] { return blankTrimmed(driving.textViewAt(r, cSeq, seqScratch)); };
         if (!listLooked || listId != lastList) {
           listLooked = true;
           lastList.assign(listId);
@@ -343,7 +352,9 @@ bool CheckLists::fncBaseLoop(const std::string& method, Recordset& rsData, Recor
           const auto i = items_.find(listUpper);
           listItems = i == items_.end() ? nullptr : &i->second;
         }
-        const Item* item = listItems ? listItems->find(seq) : nullptr;
+        const Item* item = !listItems ? nullptr
+                           : seqWhole     ? listItems->find(seqValue.asInteger())
+                                          : listItems->find(seqText());
         if (!responsible_.empty() && (!item || item->roleKey != responsible_)) continue;
 
         std::string note;
@@ -366,7 +377,7 @@ bool CheckLists::fncBaseLoop(const std::string& method, Recordset& rsData, Recor
           }
           if (!base) note = "No base date (" + l->second.baseField + ")";
         }
-        if (!item && note.empty()) note = "Item " + std::string(seq) + " of check-list " + std::string(listId) + " does not exist";
+        if (!item && note.empty()) note = "Item " + std::string(seqText()) + " of check-list " + std::string(listId) + " does not exist";
         std::optional<DateTime> due = cellDate(driving.at(r, cDue));
         if (!due && base && item) {
           due = diary::ruleOffsetDate(*base, item->number, item->unit);
@@ -396,7 +407,7 @@ bool CheckLists::fncBaseLoop(const std::string& method, Recordset& rsData, Recor
         rsData.setTextAt(out, oManDesc, *manDesc);
         rsData.setTextAt(out, oList, listId);
         rsData.setTextAt(out, oListDesc, l == lists_.end() ? std::string_view() : l->second.description);
-        rsData.setAt(out, oSeq, Value(static_cast<long>(cellNumber(driving.at(r, cSeq)).value_or(0))));
+        rsData.setAt(out, oSeq, Value(static_cast<long>(cellNumber(seqValue).value_or(0))));
         if (item) {
           rsData.setTextAt(out, oItem, item->description);
           rsData.setTextAt(out, oRole, item->role);

@@ -37,6 +37,7 @@
 // single-threaded.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -101,6 +102,7 @@ class CheckLists final : public ReportClass {
     std::vector<const Item*> byNumber;
     void add(std::string seq, Item item);
     const Item* find(std::string_view seq) const;
+    const Item* find(int64_t seq) const;  // as find(its decimal text)
   };
   std::unordered_map<std::string, ListItems> items_;  // by upper-cased CHK_ID
   std::vector<std::string> masterColumns_;          // PNLEMPMST base columns, read with the employees
