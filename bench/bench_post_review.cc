@@ -1,4 +1,4 @@
-// Post review, job analysis and check-list benchmarks: each whole report
+// Post review and job analysis benchmarks: each whole report
 // (ExtractData) on the SQLite demo databases of 5 000, 20 000 and 100 000
 // employees, or of $ORVALIS_BENCH_EMPLOYEES alone (their own files,
 // "orvalis_bench_postreview_<n>.db", as of 30/06/2024), against the sqlite3
@@ -9,15 +9,12 @@
 //
 // On 20 000 employees (medians of 5, a shared two-core machine): report
 // against shell 72 / 104 ms POST_REVIEW (832 rows), 197 / 167 ms
-// JOB_ANALYSIS (30 569 posts read), 85 / 70 ms CHECKLISTS (15 462 rows).
+// JOB_ANALYSIS (30 569 posts read). The check-lists are measured by
+// bench_check_lists.
 //
 // On 100 000 employees (medians of 3, processor times: the report's CPU
 // column against the shell's cpu_ms): 223 / 238 ms POST_REVIEW (4 118 rows,
-// 0.94x), 455 / 433 ms JOB_ANALYSIS (29 rows, 1.05x), 276 / 120 ms CHECKLISTS
-// (77 400 rows, 2.3x; a second run 368 / 124 ms). CHECKLISTS since its rows
-// are written as texts in place and only the posts of employees with items
-// are read: 193 / 115 ms (1.68x) on 100 000, 37.4 / 25.7 ms (1.46x) on
-// 20 000, where it was 305 and 51 ms on the same loaded machine.
+// 0.94x), 455 / 433 ms JOB_ANALYSIS (29 rows, 1.05x).
 
 #include <benchmark/benchmark.h>
 
@@ -29,7 +26,6 @@
 
 #include "component/errors/recording_error_component.h"
 #include "data/hr_environment.h"
-#include "reports/check_lists/check_lists.h"
 #include "reports/post_review/post_review.h"
 #include "demo/demo_database.h"
 
@@ -60,11 +56,9 @@ const Case& caseOf(int which) {
       "SELECT * FROM PNLWTE" + company;
   static const std::string reviews = common + jobs;
   static const std::string analysis = common + jobs + "SELECT CODE_ID, DESCRIPTION FROM PNLSALGRD" + company;
-  static const std::string lists = common + "SELECT * FROM PNLCHKLST" + company + "SELECT * FROM PNLCHKITM" + company;
   static const Case cases[] = {
       {"POST_REVIEW", {Value("START_DATE=01/07/2024"), Value("END_DATE=30/09/2024")}, reviews.c_str()},
       {"JOB_ANALYSIS", {Value("START_DATE=01/07/2023"), Value("END_DATE=30/06/2024")}, analysis.c_str()},
-      {"CHECKLISTS", {Value("STATUS=A"), Value("AS_AT_DATE=30/06/2024")}, lists.c_str()},
   };
   return cases[which];
 }
@@ -73,12 +67,6 @@ const Case& caseOf(int which) {
 std::string runOnce(int which, std::shared_ptr<StandaloneEnvironment> environment, long& rows) {
   const Case& c = caseOf(which);
   Recordset rs;
-  if (which == 2) {
-    reports::CheckLists report;
-    report.ExtractData(environment, c.method, Parameters(c.parameters), rs);
-    rows = rs.recordCount();
-    return report.lastDrivingSql();
-  }
   reports::PostReview report;
   report.ExtractData(environment, c.method, Parameters(c.parameters), rs);
   rows = rs.recordCount();
@@ -120,8 +108,8 @@ std::vector<int64_t> sizes() {
   return {5000, 20000, 100000};
 }
 
-BENCHMARK(BM_Report)->ArgsProduct({{0, 1, 2}, sizes()})->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(BM_Shell_sqlite3)->ArgsProduct({{0, 1, 2}, sizes()})->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_Report)->ArgsProduct({{0, 1}, sizes()})->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_Shell_sqlite3)->ArgsProduct({{0, 1}, sizes()})->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 }  // namespace orvalis

@@ -1,7 +1,9 @@
 // What the whole-report benchmarks share: where their databases live
 // ($ORVALIS_BENCH_DIR, else the system's temporary folder), the SQLite demo
-// database of a size (built on first use, then reused), and a standalone
-// environment on it stored in HREnvironment with a private work folder.
+// database of a size (built on first use, then reused; $ORVALIS_BENCH_DB names
+// a demo database to use instead), a standalone environment on it stored in
+// HREnvironment with a private work folder, and the shell reference: the
+// statements a report sends, as the engine's shell runs them.
 // Single-threaded, like the benchmarks.
 #pragma once
 
@@ -11,6 +13,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -49,8 +53,11 @@ inline std::filesystem::path benchDir() {
 }
 
 // The one-company SQLite demo database "orvalis_bench_<name>_<employees>.db"
-// built with these options (employees and companies are set here).
+// built with these options (employees and companies are set here); the
+// SQLite file $ORVALIS_BENCH_DB instead when that is set (only read: e.g. a
+// database built by `orvalis demo-db`, whose company ORV01 is measured).
 inline std::filesystem::path demoDatabase(const std::string& name, int employees, DemoOptions options) {
+  if (const char* given = std::getenv("ORVALIS_BENCH_DB"); given && *given) return given;
   std::filesystem::path file = benchDir() / ("orvalis_bench_" + name + "_" + std::to_string(employees) + ".db");
   if (!std::filesystem::exists(file)) {
     std::cerr << "bench: building " << file << " ...\n";
@@ -64,8 +71,10 @@ inline std::filesystem::path demoDatabase(const std::string& name, int employees
 
 // A standalone environment on the file for company ORV01 and user ADMIN,
 // stored in HREnvironment, with the work folder "orvalis_bench_<name>_work".
+// With `traceFile`, every statement is appended to that file.
 inline std::shared_ptr<StandaloneEnvironment> installEnvironment(const std::string& name,
-                                                                  const std::filesystem::path& file) {
+                                                                  const std::filesystem::path& file,
+                                                                  const std::string& traceFile = "") {
   const std::filesystem::path work = benchDir() / ("orvalis_bench_" + name + "_work");
   std::filesystem::create_directories(work);
   setWorkFolder(work);
@@ -74,6 +83,7 @@ inline std::shared_ptr<StandaloneEnvironment> installEnvironment(const std::stri
   config.hrUrl = "sqlite:" + file.string();
   config.companyCode = "ORV01";
   config.userCode = "ADMIN";
+  config.traceFile = traceFile;
   auto environment = std::make_shared<StandaloneEnvironment>(config);
   HREnvironment::set(environment);
   return environment;
@@ -96,6 +106,42 @@ inline void runShellReference(benchmark::State& state, const std::string& comman
   }
   state.counters["cpu_ms"] =
       benchmark::Counter((childCpu() - before) / static_cast<double>(state.iterations()));
+}
+
+// The processor time (user and system) this process has used so far, in ms.
+inline double selfCpuMs() {
+  rusage u{};
+  getrusage(RUSAGE_SELF, &u);
+  return (u.ru_utime.tv_sec + u.ru_stime.tv_sec) * 1e3 + (u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e3;
+}
+
+// The statements one run of a report sends, written as a script for the
+// shell (one statement a line, each ended by ";"): `run` is called twice
+// with an environment tracing the statements, and only the second call's are
+// kept, so that what a process reads once (the data dictionary, cached
+// settings) counts as it does in a benchmark's repeated runs. Returns the
+// script's path, "orvalis_bench_<name>_statements.sql".
+inline std::filesystem::path traceStatements(const std::string& name, const std::filesystem::path& file,
+                                             const std::function<void(std::shared_ptr<StandaloneEnvironment>)>& run) {
+  const std::filesystem::path trace = benchDir() / ("orvalis_bench_" + name + "_trace.txt");
+  const std::filesystem::path script = benchDir() / ("orvalis_bench_" + name + "_statements.sql");
+  std::filesystem::remove(trace);
+  {
+    auto environment = installEnvironment(name, file, trace.string());
+    run(environment);
+    const auto firstRun = std::filesystem::file_size(trace);
+    run(environment);
+    HREnvironment::set(nullptr);
+    std::ifstream in(trace, std::ios::binary);
+    in.seekg(static_cast<std::streamoff>(firstRun));
+    std::ofstream out(script, std::ios::binary | std::ios::trunc);
+    for (std::string line; std::getline(in, line);) {
+      const size_t tab = line.find('\t');  // "<provider>\t<statement>"
+      out << line.substr(tab == std::string::npos ? 0 : tab + 1) << ";\n";
+    }
+  }
+  std::filesystem::remove(trace);
+  return script;
 }
 
 }  // namespace orvalis::bench

@@ -37,8 +37,10 @@
 // single-threaded.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -65,16 +67,20 @@ class CheckLists final : public ReportClass {
  private:
   struct List {
     std::string code, description, baseField;
-    std::string baseTable, baseColumn;  // empty when the field cannot be read
-    int baseAt = -1;                     // baseColumn's place in its table's column list
+    bool fromPost = false;  // the base date is a PNLEMPHST column, else a PNLEMPMST one
+    int baseAt = -1;        // its place in masterColumns_ or postColumns_; -1 when it cannot be read
   };
   struct Item {
-    std::string description, unit, role;
+    std::string description, unit, role, roleKey;  // roleKey: role upper-cased
     long number = 0;
     bool mandatory = false;
   };
 
   void subLoadCheckLists();
+  // PNLEMPCHK's condition: the company, and the check-list when one is asked for.
+  std::string itemsCondition() const;
+  Recordset readEmployees() const;
+  std::unordered_map<std::string, std::vector<std::optional<DateTime>>> readPostDates() const;
   bool fncBaseLoop(const std::string& method, Recordset& rsData, Recordset& driving);
 
   std::string checkListId_, status_, asAtText_, overdueText_, responsible_, queryId_;
@@ -82,8 +88,24 @@ class CheckLists final : public ReportClass {
   DateTime asAt_;
   std::string sql_, empId_;
   std::unordered_map<std::string, List> lists_;
-  std::unordered_map<std::string, Item> items_;      // "CHK|SEQ"
-  std::vector<std::string> masterColumns_;          // PNLEMPMST base columns, in the driving row
+  // Looked up by a text view without a copy. Not noexcept, so that the
+  // maps keep each key's hash instead of hashing again while they search.
+  struct TextHash {
+    using is_transparent = void;
+    size_t operator()(std::string_view s) const { return std::hash<std::string_view>()(s); }
+  };
+  // A check-list's items by their trimmed SEQ_ID text; those written as a
+  // small plain number ("7", not "07") also by that number, found without
+  // hashing.
+  struct ListItems {
+    std::unordered_map<std::string, Item, TextHash, std::equal_to<>> bySeq;
+    std::vector<const Item*> byNumber;
+    void add(std::string seq, Item item);
+    const Item* find(std::string_view seq) const;
+    const Item* find(int64_t seq) const;  // as find(its decimal text)
+  };
+  std::unordered_map<std::string, ListItems> items_;  // by upper-cased CHK_ID
+  std::vector<std::string> masterColumns_;          // PNLEMPMST base columns, read with the employees
   std::vector<std::string> postColumns_;            // PNLEMPHST base columns
 };
 
