@@ -1,5 +1,6 @@
 #include "demo/demo_database.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -34,9 +35,8 @@ void Writer::rows(const std::string& table, const std::vector<std::string>& colu
 void Writer::stream(const std::string& table, const std::vector<std::string>& columns,
                     const std::function<bool(Row&)>& next) {
   long sinceReport = 0;
-  long written = connection_.bulkInsert(table, columns, [&](std::vector<Value>& values) {
-    for (Value& v : values) v = Value();
-    Row row(values);
+  long written = connection_.bulkLoad(table, columns, [&](BulkRow& out) {
+    Row row(out);
     if (!next(row)) return false;
     if (++sinceReport == 20000) {
       onRows_(sinceReport, table);
@@ -104,6 +104,16 @@ void removeDatabaseFiles(const std::filesystem::path& path, bool withMain) {
   }
 }
 
+// Flushes a file (or a folder's entries) to the disk.
+void syncFile(const std::filesystem::path& path, bool folder) {
+  const int fd = ::open(path.c_str(), folder ? O_RDONLY | O_DIRECTORY : O_RDWR);
+  if (fd < 0) throw fileError("cannot open", path, errno);
+  const int rc = ::fsync(fd);
+  const int error = errno;
+  ::close(fd);
+  if (rc != 0) throw fileError("cannot sync", path, error);
+}
+
 long long databaseSize(Connection& connection) {
   try {
     std::string sql = schemaEngineOf(connection.provider()) == SchemaEngine::SQLite
@@ -153,7 +163,9 @@ DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options)
   if (sqlite) {
     Recordset rs = connection.query("PRAGMA cache_size");
     cacheSize = rs.eof() ? "-2000" : rs.get(0).text();
-    connection.execute("PRAGMA cache_size = -262144");  // 256 MB while loading
+    // 64 MB while loading: the rows go in key order, so a larger cache buys
+    // little, and the index sorts take their memory from the same budget.
+    connection.execute("PRAGMA cache_size = -65536");
   }
 
   auto progress = [&](double share, const std::string& table) {
@@ -208,6 +220,7 @@ DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options)
     throw;
   }
   report.loadSeconds = std::chrono::duration<double>(Clock::now() - loaded).count();
+  std::vector<demo::Company>().swap(companies);  // the index sorts want the memory
   progress(1, "indexing");
   const auto indexing = Clock::now();
   createSchemaIndexes(connection);
@@ -260,7 +273,16 @@ DemoReport buildDemoDatabaseFile(const std::filesystem::path& path, const DemoOp
     auto connection = openConnection("sqlite:" + partial.string());
     DemoOptions fresh = options;
     fresh.replace = false;
+    // The file is thrown away unless the build completes, so the build
+    // needs neither a rollback journal nor a sync per commit, and no other
+    // connection may look at it meanwhile. The whole file is synced once
+    // before it is renamed into place.
+    connection->execute("PRAGMA locking_mode = EXCLUSIVE");
+    connection->execute("PRAGMA journal_mode = OFF");
+    connection->execute("PRAGMA synchronous = OFF");
     report = buildDemoDatabase(*connection, fresh);
+    connection.reset();
+    syncFile(partial, false);
   } catch (...) {
     try {
       removeDatabaseFiles(partial, true);
@@ -272,6 +294,7 @@ DemoReport buildDemoDatabaseFile(const std::filesystem::path& path, const DemoOp
   // The old file's journals would be played back into the new file.
   removeDatabaseFiles(path, false);
   if (::rename(partial.c_str(), path.c_str()) != 0) throw fileError("cannot replace", path, errno);
+  syncFile(path.has_parent_path() ? path.parent_path() : std::filesystem::path("."), true);
   return report;
 }
 

@@ -1,9 +1,10 @@
 // DemoWriter: how the demo generator writes its rows.
 //
-// Each table goes through Connection::bulkInsert (prepared statements on
+// Each table goes through Connection::bulkLoad (statements of many rows on
 // SQLite, COPY on PostgreSQL); the writer counts the rows per table for the
 // summary and reports progress as rows go by. Row helps a fill function put
-// its values in column order. The value helpers turn the model's day
+// its values in column order; texts go to the driver as they are, without a
+// Value. The value helpers turn the model's day
 // numbers and optional texts into database values (Null for "none").
 //
 // Used by one thread; borrows the connection and the report.
@@ -25,15 +26,26 @@ namespace orvalis::demo {
 
 class Row {
  public:
-  explicit Row(std::vector<Value>& values) : values_(values) {}
-  Row& operator<<(Value v) {
-    values_[next_++] = std::move(v);
+  explicit Row(BulkRow& out) : out_(out) {}
+  Row& operator<<(const Value& v) {
+    out_.value(v);
+    return *this;
+  }
+  Row& operator<<(const char* text) {
+    out_.text(text);
+    return *this;
+  }
+  Row& operator<<(const std::string& text) {
+    out_.text(text);
+    return *this;
+  }
+  Row& operator<<(std::string_view text) {
+    out_.text(text);
     return *this;
   }
 
  private:
-  std::vector<Value>& values_;
-  size_t next_ = 0;
+  BulkRow& out_;
 };
 
 class Writer {
