@@ -105,6 +105,20 @@ TEST(DemoBuild, AStoppedBuildIsRefusedUntilReplaced) {
   }
 }
 
+// A failure while the rows are written (here the progress callback's)
+// stops the generator's thread and keeps no row.
+TEST(DemoBuild, AFailureWhileLoadingStopsTheGeneratorAndKeepsNoRow) {
+  test::ScratchDatabase db(test::Engine::SQLite);
+  auto connection = db.connect();
+  DemoOptions stopped = demoOptions(kSmall, 1);
+  stopped.progress = [](double, const std::string& table) {
+    if (table == "PNLEMPMST") throw std::runtime_error("stopped");
+  };
+  EXPECT_THROW(buildDemoDatabase(*connection, stopped), std::runtime_error);
+  EXPECT_EQ(scalar(*connection, "select count(*) from PNLEMPMST"), 0);
+  EXPECT_EQ(demoState(*connection), DemoState::Unfinished);
+}
+
 // The audit rows are shared out over the companies, each company's counter
 // follows its own rows, and a row does not depend on how many are written
 // (each is drawn from its own stream): the default rows are the first ones
