@@ -1,6 +1,7 @@
 // Draws the employees, posts and absences of one company (demo_model.h).
 
 #include <algorithm>
+#include <cstring>
 #include <cmath>
 #include <cstdio>
 
@@ -20,21 +21,21 @@ constexpr uint64_t kYearEndLeaveStream = 0x484F4C;  // "HOL"
 template <typename List>
 uint8_t indexOf(const List& list, const char* code) {
   for (size_t i = 0; i < list.size(); ++i) {
-    if (std::string(list[i].code) == code) return static_cast<uint8_t>(i);
+    if (std::strcmp(list[i].code, code) == 0) return static_cast<uint8_t>(i);
   }
   return 0;
 }
 
 const CodeTable& codeTable(const char* table) {
   for (const CodeTable& t : plainCodeTables(0)) {
-    if (std::string(t.table) == table) return t;
+    if (std::strcmp(t.table, table) == 0) return t;
   }
   return plainCodeTables(0).front();
 }
 
 uint8_t codeIndex(const char* table, const char* code) { return indexOf(codeTable(table).rows, code); }
 
-bool isReason(uint8_t reason, const char* code) { return std::string(codeTable("PNLEHRES").rows[reason].code) == code; }
+bool isReason(uint8_t reason, const char* code) { return std::strcmp(codeTable("PNLEHRES").rows[reason].code, code) == 0; }
 
 // Relative headcounts of the jobs (deleted jobs only appear in old posts).
 const std::vector<int>& jobWeights() {
@@ -255,8 +256,8 @@ struct Draw {
     std::vector<int> matching;
     for (size_t i = 0; i < absenceReasons().size(); ++i) {
       // Christmas leave is drawn on its own.
-      if (std::string(absenceReasons()[i].code) == "XMAS") continue;
-      if (std::string(absenceReasons()[i].type) == type) matching.push_back(static_cast<int>(i));
+      if (std::strcmp(absenceReasons()[i].code, "XMAS") == 0) continue;
+      if (std::strcmp(absenceReasons()[i].type, type) == 0) matching.push_back(static_cast<int>(i));
     }
     return matching[r.below(static_cast<int>(matching.size()))];
   }

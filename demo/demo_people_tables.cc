@@ -5,6 +5,7 @@
 #include <cctype>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <iterator>
 #include <map>
 
@@ -51,7 +52,7 @@ const char* pick(Random& r, const List& list) {
 
 const CodeTable& codes(const char* table) {
   for (const CodeTable& t : plainCodeTables(0)) {
-    if (std::string(t.table) == table) return t;
+    if (std::strcmp(t.table, table) == 0) return t;
   }
   return plainCodeTables(0).front();
 }

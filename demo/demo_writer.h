@@ -1,12 +1,15 @@
 // DemoWriter: how the demo generator writes its rows.
 //
-// Each table goes through Connection::bulkInsert (prepared statements on
-// SQLite, COPY on PostgreSQL); the writer counts the rows per table for the
-// summary and reports progress as rows go by. Row helps a fill function put
-// its values in column order. The value helpers turn the model's day
+// The generator runs on a thread of its own; its rows go in batches to the
+// connection's thread, which writes each table through
+// Connection::bulkLoad (statements of many rows on SQLite, COPY on
+// PostgreSQL), counts the rows per table for the summary and reports
+// progress as rows go by. Row helps a fill function put
+// its values in column order; texts go to the driver as they are, without a
+// Value. The value helpers turn the model's day
 // numbers and optional texts into database values (Null for "none").
 //
-// Used by one thread; borrows the connection and the report.
+// A Writer is used by the generator's thread only.
 #pragma once
 
 #include <cstdint>
@@ -25,21 +28,34 @@ namespace orvalis::demo {
 
 class Row {
  public:
-  explicit Row(std::vector<Value>& values) : values_(values) {}
-  Row& operator<<(Value v) {
-    values_[next_++] = std::move(v);
+  explicit Row(BulkRow& out) : out_(out) {}
+  Row& operator<<(const Value& v) {
+    out_.value(v);
+    return *this;
+  }
+  Row& operator<<(const char* text) {
+    out_.text(text);
+    return *this;
+  }
+  Row& operator<<(const std::string& text) {
+    out_.text(text);
+    return *this;
+  }
+  Row& operator<<(std::string_view text) {
+    out_.text(text);
     return *this;
   }
 
  private:
-  std::vector<Value>& values_;
-  size_t next_ = 0;
+  BulkRow& out_;
 };
 
+class RowPipe;  // demo_database.cc
+
+// Hands the generator's rows to the loader on the connection's thread.
 class Writer {
  public:
-  Writer(Connection& connection, DemoReport& report, std::function<void(long rows, const std::string& table)> onRows)
-      : connection_(connection), report_(report), onRows_(std::move(onRows)) {}
+  explicit Writer(RowPipe& pipe) : pipe_(pipe) {}
 
   // Writes count rows; fill(i, row) puts the values of row i.
   void rows(const std::string& table, const std::vector<std::string>& columns, size_t count,
@@ -50,9 +66,7 @@ class Writer {
               const std::function<bool(Row&)>& next);
 
  private:
-  Connection& connection_;
-  DemoReport& report_;
-  std::function<void(long, const std::string&)> onRows_;
+  RowPipe& pipe_;
 };
 
 // A day as a date value; Null for "none" (negative or open).

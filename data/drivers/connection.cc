@@ -11,6 +11,30 @@
 
 namespace orvalis {
 
+namespace {
+
+// Collects a BulkRow's values for bulkInsert.
+class ValueRow final : public BulkRow {
+ public:
+  explicit ValueRow(std::vector<Value>& values) : values_(values) { values_.clear(); }
+  void null() override { values_.push_back(Value::null()); }
+  void text(std::string_view text) override { values_.emplace_back(text); }
+  void value(const Value& v) override { values_.push_back(v); }
+
+ private:
+  std::vector<Value>& values_;
+};
+
+}  // namespace
+
+long Connection::bulkLoad(const std::string& table, const std::vector<std::string>& columns,
+                          const std::function<bool(BulkRow&)>& nextRow) {
+  return bulkInsert(table, columns, [&](std::vector<Value>& values) {
+    ValueRow row(values);
+    return nextRow(row);
+  });
+}
+
 std::unique_ptr<Connection> openConnection(const std::string& url, const ConnectionOptions& options) {
   if (startsWithNoCase(url, "sqlite:")) return drivers::openSqlite(url.substr(7), options);
   // libpq recognises its URI prefixes in lower case only.

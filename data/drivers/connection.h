@@ -5,7 +5,10 @@
 // ADO type number and defined size the driver reports for each column
 // (declared types on SQLite). execute() runs a statement without rows.
 // bulkInsert() loads many rows fast (a prepared statement inside a
-// transaction on SQLite and ODBC, COPY on PostgreSQL).
+// transaction on SQLite and ODBC, COPY on PostgreSQL); bulkLoad() does the
+// same with each value handed straight to the driver (BulkRow), without a
+// Value per cell: statements of many rows on SQLite, COPY text written as
+// the values come on PostgreSQL.
 //
 // Failures raise orvalis::Error with number err::kDatabase, the driver's
 // name as source and the engine's message as description. A failure of the
@@ -21,6 +24,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "runtime/recordset.h"
@@ -33,6 +37,18 @@ class SqlTrace {
  public:
   virtual ~SqlTrace() = default;
   virtual void statement(const std::string& provider, const std::string& sql) = 0;
+};
+
+// One row of a bulk load: its values in column order. A text is copied
+// before the call returns.
+class BulkRow {
+ public:
+  virtual void null() = 0;
+  virtual void text(std::string_view text) = 0;
+  virtual void value(const Value& v) = 0;
+
+ protected:
+  ~BulkRow() = default;
 };
 
 class Connection {
@@ -56,6 +72,11 @@ class Connection {
   // number of rows written.
   virtual long bulkInsert(const std::string& table, const std::vector<std::string>& columns,
                           const std::function<bool(std::vector<Value>&)>& nextRow) = 0;
+
+  // As bulkInsert; nextRow puts one row's values into the BulkRow. A row of
+  // the wrong width fails the load. The default goes through bulkInsert.
+  virtual long bulkLoad(const std::string& table, const std::vector<std::string>& columns,
+                        const std::function<bool(BulkRow&)>& nextRow);
 
   void setTrace(std::shared_ptr<SqlTrace> trace) { trace_ = std::move(trace); }
 

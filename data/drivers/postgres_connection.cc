@@ -61,25 +61,49 @@ Value decode(const char* text, int length, ColumnKind kind) {
 
 // COPY text format: a field's text with its special characters escaped.
 void appendCopyText(std::string& out, std::string_view s) {
-  for (char c : s) {
-    switch (c) {
-      case '\\':
-        out += "\\\\";
-        break;
-      case '\t':
-        out += "\\t";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      default:
-        out.push_back(c);
+  size_t from = 0;
+  for (size_t i = 0; i < s.size(); ++i) {
+    const char c = s[i];
+    const char* escaped = c == '\\' ? "\\\\" : c == '\t' ? "\\t" : c == '\n' ? "\\n" : c == '\r' ? "\\r" : nullptr;
+    if (escaped == nullptr) continue;
+    out.append(s.data() + from, i - from);
+    out += escaped;
+    from = i + 1;
+  }
+  out.append(s.data() + from, s.size() - from);
+}
+
+// COPY text of the rows of a bulk load, a tab before every value but a
+// row's first.
+class CopyRow final : public BulkRow {
+ public:
+  void null() override {
+    separate();
+    buffer += "\\N";
+  }
+  void text(std::string_view text) override {
+    separate();
+    appendCopyText(buffer, text);
+  }
+  void value(const Value& v) override {
+    if (v.isNull() || v.isEmpty()) {
+      null();
+    } else if (v.isText()) {
+      text(v.asText());
+    } else {
+      separate();
+      appendValueText(buffer, v);
     }
   }
-}
+
+  std::string buffer;
+  size_t values = 0;  // in the row under way
+
+ private:
+  void separate() {
+    if (values++) buffer.push_back('\t');
+  }
+};
 
 // A failed result's SQLSTATE says the connection is gone: class 08
 // (connection exception) or 57P01..57P03 (the server shutting down).
@@ -210,6 +234,19 @@ class PostgresConnection final : public Connection {
 
   long bulkInsert(const std::string& table, const std::vector<std::string>& columns,
                   const std::function<bool(std::vector<Value>&)>& nextRow) override {
+    std::vector<Value> row;
+    return bulkLoad(table, columns, [&](BulkRow& out) {
+      row.resize(columns.size());
+      if (!nextRow(row)) return false;
+      for (const Value& v : row) out.value(v);
+      return true;
+    });
+  }
+
+  // The values are written as COPY text as they come, and sent a chunk at
+  // a time.
+  long bulkLoad(const std::string& table, const std::vector<std::string>& columns,
+                const std::function<bool(BulkRow&)>& nextRow) override {
     const std::string what = "bulk insert into " + table + " failed";
     if (columns.empty()) raiseDriverError(kDriver, what, "no columns given");
     const std::string sql = "COPY " + table + " (" + join(columns, ", ") + ") FROM STDIN";
@@ -221,36 +258,24 @@ class PostgresConnection final : public Connection {
 
     long count = 0;
     try {
-      std::string buffer;
-      buffer.reserve(kCopyChunk + 4096);
-      std::vector<Value> row(columns.size());
+      CopyRow row;
+      row.buffer.reserve(kCopyChunk + 4096);
       for (;;) {
-        row.resize(columns.size());
+        row.values = 0;
         if (!nextRow(row)) break;
-        if (row.size() != columns.size()) {
+        if (row.values != columns.size()) {
           raiseDriverError(kDriver, what,
-                           "a row has " + std::to_string(row.size()) + " values for " +
+                           "a row has " + std::to_string(row.values) + " values for " +
                                std::to_string(columns.size()) + " columns");
         }
-        for (size_t i = 0; i < row.size(); ++i) {
-          if (i) buffer.push_back('\t');
-          const Value& v = row[i];
-          if (v.isNull() || v.isEmpty()) {
-            buffer += "\\N";
-          } else if (v.isText()) {
-            appendCopyText(buffer, v.asText());
-          } else {
-            appendValueText(buffer, v);
-          }
-        }
-        buffer.push_back('\n');
+        row.buffer.push_back('\n');
         ++count;
-        if (buffer.size() >= kCopyChunk) {
-          sendCopyData(buffer, what);
-          buffer.clear();
+        if (row.buffer.size() >= kCopyChunk) {
+          sendCopyData(row.buffer, what);
+          row.buffer.clear();
         }
       }
-      if (!buffer.empty()) sendCopyData(buffer, what);
+      if (!row.buffer.empty()) sendCopyData(row.buffer, what);
     } catch (...) {
       PQputCopyEnd(conn_.get(), "bulk insert abandoned");
       drainResults();

@@ -15,7 +15,7 @@
 // upper-case letter (a quoted identifier) is kept as it is.
 //
 // The session runs with client_encoding UTF8 and DateStyle ISO. Server
-// notices are discarded. bulkInsert() sends the rows with COPY ... FROM STDIN
+// notices are discarded. bulkInsert() and bulkLoad() send the rows with COPY ... FROM STDIN
 // in text format (nulls as \N; backslash, tab, newline and carriage return
 // escaped; dates as ISO; booleans as 1/0), which is atomic by itself.
 //

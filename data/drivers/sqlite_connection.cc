@@ -2,7 +2,10 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "data/drivers/column_types.h"
@@ -98,6 +101,72 @@ Value readValue(sqlite3_stmt* st, int i, ColumnKind kind) {
     }
   }
 }
+
+// Rows of a bulk load gathered until they are bound: each value a cell,
+// the texts one after the other in one buffer.
+constexpr size_t kBulkRows = 32;
+constexpr size_t kBulkValues = 999;  // parameters in one statement, at most
+
+class CellRow final : public BulkRow {
+ public:
+  enum class Kind : uint8_t { Null, Integer, Real, Text };
+  struct Cell {
+    Kind kind = Kind::Null;
+    uint32_t length = 0;
+    union {
+      sqlite3_int64 integer = 0;
+      double real;
+      size_t offset;
+    };
+  };
+
+  void null() override { cells.push_back(Cell{}); }
+  void text(std::string_view text) override {
+    Cell c;
+    c.kind = Kind::Text;
+    c.offset = texts.size();
+    c.length = static_cast<uint32_t>(text.size());
+    texts.append(text);
+    cells.push_back(c);
+  }
+  void value(const Value& v) override {
+    Cell c;
+    switch (v.kind()) {
+      case Value::Kind::Empty:
+      case Value::Kind::Null:
+        break;
+      case Value::Kind::Boolean:
+        c.kind = Kind::Integer;
+        c.integer = v.asBool() ? 1 : 0;
+        break;
+      case Value::Kind::Integer:
+        c.kind = Kind::Integer;
+        c.integer = v.asInteger();
+        break;
+      case Value::Kind::Double:
+        c.kind = Kind::Real;
+        c.real = v.asDouble();
+        break;
+      case Value::Kind::Text:
+        text(v.asText());
+        return;
+      case Value::Kind::Date:
+        c.kind = Kind::Text;
+        c.offset = texts.size();
+        appendIsoDateTime(texts, v.asDate());
+        c.length = static_cast<uint32_t>(texts.size() - c.offset);
+        break;
+    }
+    cells.push_back(c);
+  }
+  void clear() {
+    cells.clear();
+    texts.clear();
+  }
+
+  std::vector<Cell> cells;
+  std::string texts;
+};
 
 class SqliteConnection final : public Connection {
  public:
@@ -195,31 +264,59 @@ class SqliteConnection final : public Connection {
 
   long bulkInsert(const std::string& table, const std::vector<std::string>& columns,
                   const std::function<bool(std::vector<Value>&)>& nextRow) override {
-    if (columns.empty()) fail("bulk insert into " + table + " failed", "no columns given");
-    std::string sql = "INSERT INTO " + table + " (" + join(columns, ", ") + ") VALUES (";
-    for (size_t i = 0; i < columns.size(); ++i) sql += i ? ", ?" : "?";
-    sql += ")";
+    std::vector<Value> row;
+    return bulkLoad(table, columns, [&](BulkRow& out) {
+      row.resize(columns.size());
+      if (!nextRow(row)) return false;
+      for (const Value& v : row) out.value(v);
+      return true;
+    });
+  }
+
+  // Rows are gathered and sent kBulkRows at a time through one statement
+  // of that many rows (fewer for a wide table): a step per batch instead
+  // of a step per row. The last rows, fewer than a batch, go one by one.
+  long bulkLoad(const std::string& table, const std::vector<std::string>& columns,
+                const std::function<bool(BulkRow&)>& nextRow) override {
+    const std::string what = "bulk insert into " + table + " failed";
+    if (columns.empty()) fail(what, "no columns given");
+    const size_t n = columns.size();
+    const size_t batch = std::clamp<size_t>(kBulkValues / n, 1, kBulkRows);
+    std::string one = "(";
+    for (size_t i = 0; i < n; ++i) one += i ? ", ?" : "?";
+    one += ")";
+    const std::string head = "INSERT INTO " + table + " (" + join(columns, ", ") + ") VALUES ";
+    Statement single, many;
+    auto prepared = [&](Statement& st, size_t rows) -> sqlite3_stmt* {
+      if (!st) {
+        std::string sql = head + one;
+        for (size_t r = 1; r < rows; ++r) sql += ", " + one;
+        traced(sql);
+        st = prepare(sql, nullptr, what);
+      }
+      return st.get();
+    };
     const bool ownTransaction = sqlite3_get_autocommit(db_.get()) != 0;
     if (ownTransaction) begin();
     try {
-      traced(sql);
-      Statement st = prepare(sql, nullptr, "bulk insert into " + table + " failed");
-      const int n = static_cast<int>(columns.size());
-      std::vector<Value> row(columns.size());
-      std::vector<std::string> dates(columns.size());
+      CellRow row;
       long count = 0;
       for (;;) {
-        row.resize(columns.size());
+        const size_t before = row.cells.size();
         if (!nextRow(row)) break;
-        if (row.size() != columns.size()) {
-          fail("bulk insert into " + table + " failed",
-               "a row has " + std::to_string(row.size()) + " values for " + std::to_string(n) + " columns");
+        const size_t given = row.cells.size() - before;
+        if (given != n) {
+          fail(what, "a row has " + std::to_string(given) + " values for " + std::to_string(n) + " columns");
         }
-        for (int i = 0; i < n; ++i) bind(st.get(), i, row[static_cast<size_t>(i)], dates[static_cast<size_t>(i)]);
-        if (sqlite3_step(st.get()) != SQLITE_DONE) fail("bulk insert into " + table + " failed");
-        sqlite3_reset(st.get());
         ++count;
+        if (row.cells.size() == batch * n) {
+          step(prepared(many, batch), row, 0, row.cells.size(), what);
+          row.clear();
+        }
       }
+      for (size_t at = 0; at < row.cells.size(); at += n) step(prepared(single, 1), row, at, n, what);
+      single.reset();
+      many.reset();
       if (ownTransaction) commit();
       return count;
     } catch (...) {
@@ -299,33 +396,31 @@ class SqliteConnection final : public Connection {
     return changed;
   }
 
-  // Binds one value; `scratch` keeps a date's text alive until the step.
-  void bind(sqlite3_stmt* st, int i, const Value& v, std::string& scratch) const {
-    int rc = SQLITE_OK;
-    switch (v.kind()) {
-      case Value::Kind::Empty:
-      case Value::Kind::Null:
-        rc = sqlite3_bind_null(st, i + 1);
-        break;
-      case Value::Kind::Boolean:
-        rc = sqlite3_bind_int(st, i + 1, v.asBool() ? 1 : 0);
-        break;
-      case Value::Kind::Integer:
-        rc = sqlite3_bind_int64(st, i + 1, v.asInteger());
-        break;
-      case Value::Kind::Double:
-        rc = sqlite3_bind_double(st, i + 1, v.asDouble());
-        break;
-      case Value::Kind::Text:
-        rc = sqlite3_bind_text(st, i + 1, v.asText().data(), static_cast<int>(v.asText().size()), SQLITE_STATIC);
-        break;
-      case Value::Kind::Date:
-        scratch.clear();
-        appendIsoDateTime(scratch, v.asDate());
-        rc = sqlite3_bind_text(st, i + 1, scratch.data(), static_cast<int>(scratch.size()), SQLITE_STATIC);
-        break;
+  // Binds count cells of the row from `at` to the statement's parameters
+  // and runs it.
+  void step(sqlite3_stmt* st, const CellRow& row, size_t at, size_t count, const std::string& what) const {
+    for (size_t i = 0; i < count; ++i) {
+      const CellRow::Cell& c = row.cells[at + i];
+      const int p = static_cast<int>(i) + 1;
+      int rc = SQLITE_OK;
+      switch (c.kind) {
+        case CellRow::Kind::Null:
+          rc = sqlite3_bind_null(st, p);
+          break;
+        case CellRow::Kind::Integer:
+          rc = sqlite3_bind_int64(st, p, c.integer);
+          break;
+        case CellRow::Kind::Real:
+          rc = sqlite3_bind_double(st, p, c.real);
+          break;
+        case CellRow::Kind::Text:
+          rc = sqlite3_bind_text(st, p, row.texts.data() + c.offset, static_cast<int>(c.length), SQLITE_STATIC);
+          break;
+      }
+      if (rc != SQLITE_OK) fail("binding a value failed");
     }
-    if (rc != SQLITE_OK) fail("binding a value failed");
+    if (sqlite3_step(st) != SQLITE_DONE) fail(what);
+    sqlite3_reset(st);
   }
 
   std::unique_ptr<sqlite3, DatabaseCloser> db_;

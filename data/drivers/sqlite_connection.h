@@ -15,9 +15,10 @@
 // SQLite stores. Column names are kept as the engine gives them.
 //
 // query() runs exactly one statement (more raise an error); execute() runs
-// every statement of its text and returns the rows the statements changed. bulkInsert() runs one prepared INSERT per row inside
-// a transaction (its own, unless one is already open); DateTime values are
-// bound as ISO texts and booleans as 1/0.
+// every statement of its text and returns the rows the statements changed.
+// bulkInsert() and bulkLoad() run prepared INSERTs of up to 32 rows each
+// inside a transaction (its own, unless one is already open); DateTime
+// values are bound as ISO texts and booleans as 1/0.
 //
 // The connection owns its sqlite3 handle and statements; one thread at a
 // time.
