@@ -13,6 +13,8 @@
 # --runs N        timed runs of each side (default 5)
 # --only REGEX    only the reports whose label matches (grep -E)
 # --work-dir DIR  work folder (default build/bench-compare)
+# --tool PATH     time this build of the tool as it is (e.g. a copy kept
+#                 from before a change); nothing is built
 #
 # For every report the tool runs once with --trace-sql (untimed; it also
 # warms the file cache), and the statements it sent become the client's
@@ -42,6 +44,7 @@ db=""
 runs=5
 only=""
 work="$build/bench-compare"
+fixedTool=0
 asOf="01/11/2026"
 
 die() {
@@ -56,6 +59,7 @@ while [[ $# -gt 0 ]]; do
     --runs) runs="${2:?--runs needs a number}"; shift 2 ;;
     --only) only="${2:?--only needs a pattern}"; shift 2 ;;
     --work-dir) work="${2:?--work-dir needs a folder}"; shift 2 ;;
+    --tool) orvalis="${2:?--tool needs a path}"; fixedTool=1; shift 2 ;;
     -h | --help) sed -n '2,/^set -euo/p' "$0" | sed '$d; s/^# \{0,1\}//'; exit 0 ;;
     *) die "unknown argument '$1' (see --help)" ;;
   esac
@@ -65,11 +69,13 @@ done
 
 # ---- the tool, built as the README builds it, when missing or out of date
 newer=""
-if [[ -x "$orvalis" ]]; then
+if [[ $fixedTool == 1 ]]; then
+  [[ -x "$orvalis" ]] || die "--tool: not an executable: $orvalis"
+elif [[ -x "$orvalis" ]]; then
   newer="$(find "$root" -path "$build" -prune -o -path "$root/.git" -prune -o \
     \( -name '*.cc' -o -name '*.h' -o -name '*.sql' -o -name 'CMakeLists.txt' \) -newer "$orvalis" -print -quit)"
 fi
-if [[ ! -x "$orvalis" || -n "$newer" ]]; then
+if [[ $fixedTool == 0 && ( ! -x "$orvalis" || -n "$newer" ) ]]; then
   echo "compare: building the tool ..." >&2
   bash "$root/scripts/build.sh" --target orvalis >&2
 fi
