@@ -267,6 +267,22 @@ for ((r = 1; r <= runs; r++)); do
   done
 done
 
+# Process start alone: the tool printing its version, the client doing
+# nothing on the database (for psql this includes the connection and the
+# server backend's start).
+startOurs=""
+startClient=""
+for ((r = 1; r <= runs; r++)); do
+  read -r c w < <(timed "$orvalis" --version)
+  startOurs+="$c "
+  if [[ $engine == sqlite ]]; then
+    read -r c w < <(timed sqlite3 -readonly -batch "$dbfile" "")
+  else
+    read -r c w < <(timed psql -X -q -A -t -d "$db" -c "")
+  fi
+  startClient+="$c "
+done
+
 median() {
   local -a v
   mapfile -t v < <(tr ' ' '\n' <<<"$1" | grep -v '^$' | sort -n)
@@ -293,6 +309,8 @@ for label in "${labels[@]}"; do
   cw=$(median "${clientWall[$label]}")
   echo "| $label | ${rows[$label]} | ${stmts[$label]} | $oc | $cc | $(ratio "$oc" "$cc") | $ow | $cw | $(ratio "$ow" "$cw") |"
 done
+echo
+echo "Process start alone (CPU ms, median): orvalis $(median "$startOurs"), $client $(median "$startClient")."
 if [[ -s "$work/errors.txt" ]]; then
   echo "compare: some runs wrote errors, see $work/errors.txt" >&2
 fi
