@@ -267,13 +267,13 @@ for ((r = 1; r <= runs; r++)); do
   done
 done
 
-# Process start alone: the tool printing its version, the client doing
+# Process start alone: the tool printing its help, the client doing
 # nothing on the database (for psql this includes the connection and the
 # server backend's start).
 startOurs=""
 startClient=""
 for ((r = 1; r <= runs; r++)); do
-  read -r c w < <(timed "$orvalis" --version)
+  read -r c w < <(timed "$orvalis" --help)
   startOurs+="$c "
   if [[ $engine == sqlite ]]; then
     read -r c w < <(timed sqlite3 -readonly -batch "$dbfile" "")
