@@ -18,8 +18,8 @@
 #
 # For every report the tool runs once with --trace-sql (untimed; it also
 # warms the file cache), and the statements it sent become the client's
-# script: `sqlite3` for SQLite (with the page-cache setting the tool's
-# connection makes), `psql` for PostgreSQL. Then, for each run, every report
+# script: `sqlite3` for SQLite (with the lock wait and page-cache settings
+# the tool's connection makes), `psql` for PostgreSQL. Then, for each run, every report
 # runs on both sides back to back, the side going first alternating from
 # run to run. Both sides write their rows to /dev/null (the tool as CSV).
 #
@@ -195,8 +195,9 @@ for entry in "${reports[@]}"; do
   fi
   script="$work/client-$n.sql"
   if [[ $engine == sqlite ]]; then
-    # The tool's connection runs with a page cache of 64 MiB; the shell gets the same.
-    { echo "PRAGMA cache_size = -65536;"; sed 's/^[A-Z]*\t//; s/$/;/' "$trace"; } >"$script"
+    # The tool's connection waits up to 5 s for another process's lock and
+    # runs with a page cache of 64 MiB; the shell gets the same.
+    { echo ".timeout 5000"; echo "PRAGMA cache_size = -65536;"; sed 's/^[A-Z]*\t//; s/$/;/' "$trace"; } >"$script"
   else
     sed 's/^[A-Z]*\t//; s/$/;/' "$trace" >"$script"
   fi
