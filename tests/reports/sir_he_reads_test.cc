@@ -141,6 +141,25 @@ TEST_F(SirHeReads, TheCompanyReadSendsOneStatementPerTable) {
   EXPECT_EQ(company, 2);          // one statement per table
 }
 
+// Identifiers that differ only in case or trailing blanks: where the engine
+// compares them so (SQL Server) the company read gives each employee the
+// rows its own statement would; elsewhere only exact equals count.
+TEST_F(SirHeReads, LooseIdentifiersOnlyWhereTheEngineComparesLoosely) {
+  addEmployee("E1");
+  addPerson("e1 ");
+  addContract("E1", 1);
+  auto personMissing = [&] {
+    long n = 0;
+    for (const ResultRow& r : extract("SIR_DATA", nullptr, RecordReads::WholeCompany)) {
+      n += r[1] == "E1" && r[7] == reports::hesa::kNoPersonRecord;
+    }
+    return n;
+  };
+  EXPECT_EQ(personMissing(), 1);
+  reconfigure([](StandaloneConfig& c) { c.providerOverride = "SQLOLEDB"; });
+  EXPECT_EQ(personMissing(), 0);
+}
+
 TEST_F(SirHeReads, SessionVariableChoosesTheOriginalStatements) {
   addEmployee("E1");
   const std::filesystem::path trace = dir_ / "trace.sql";
