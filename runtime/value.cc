@@ -1,5 +1,7 @@
 #include "runtime/value.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -34,6 +36,12 @@ std::string numberText(double d) {
   if (std::isnan(d)) return "NaN";
   if (std::isinf(d)) return d > 0 ? "Infinity" : "-Infinity";
   char buf[64];
+  // std::to_chars with a precision writes what printf does, much faster;
+  // the printf path below stays for the exponent forms.
+  if (auto [end, ec] = std::to_chars(buf, buf + sizeof buf, d, std::chars_format::general, 15);
+      ec == std::errc() && std::find(buf, end, 'e') == end) {
+    return std::string(buf, end);
+  }
   std::snprintf(buf, sizeof buf, "%.15G", d);
   std::string s(buf);
   // %G gives "1E+015" style on some platforms and "1E+15" on glibc; Basic

@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <list>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "data/drivers/column_types.h"
@@ -194,54 +197,51 @@ class SqliteConnection final : public Connection {
 
   Recordset query(const std::string& sql) override {
     traced(sql);
-    const char* tail = nullptr;
     const Underway underway(*this, sql, false);
-    Statement st = prepare(sql, &tail, "query failed");
-    if (!st) fail("query failed", "the SQL text holds no statement");
-    if (prepare(std::string_view(tail, static_cast<size_t>(sql.data() + sql.size() - tail)), nullptr,
-                "query failed")) {
-      fail("query failed", "the SQL text holds more than one statement");
-    }
+    sqlite3_stmt* const statement = cachedStatement(sql);
+    const ResetOnExit reset{statement};
 
-    const int n = sqlite3_column_count(st.get());
+    // The first step comes before the columns are described: a statement
+    // prepared before a schema change is prepared again by that step.
+    int rc = sqlite3_step(statement);
+    const int n = sqlite3_column_count(statement);
     std::vector<Column> columns;
     columns.reserve(static_cast<size_t>(n));
     for (int i = 0; i < n; ++i) {
-      const char* name = sqlite3_column_name(st.get(), i);
-      const char* declared = sqlite3_column_decltype(st.get(), i);
+      const char* name = sqlite3_column_name(statement, i);
+      const char* declared = sqlite3_column_decltype(statement, i);
       columns.push_back(columnForDeclaredType(name ? name : "", declared ? declared : ""));
     }
-    int rc = sqlite3_step(st.get());
     for (int i = 0; i < n; ++i) {
       Column& c = columns[static_cast<size_t>(i)];
       if (c.kind == ColumnKind::Untyped && rc == SQLITE_ROW) {
-        c = columnForStorageClass(std::move(c.field.name), sqlite3_column_type(st.get(), i));
+        c = columnForStorageClass(std::move(c.field.name), sqlite3_column_type(statement, i));
       }
     }
 
     Recordset rs;
     for (const Column& c : columns) rs.appendField(c.field);
     rs.open();
-    const RowSource row = rowSource(db_.get(), st.get());
+    const RowSource row = rowSource(db_.get(), statement);
     // Text bound for a text field goes straight into its cell.
     std::vector<char> textField(static_cast<size_t>(n));
     for (int i = 0; i < n; ++i) {
       const Column& c = columns[static_cast<size_t>(i)];
       textField[static_cast<size_t>(i)] = c.kind != ColumnKind::Date && ado::isTextType(c.field.type);
     }
-    for (; rc == SQLITE_ROW; rc = sqlite3_step(st.get())) {
+    for (; rc == SQLITE_ROW; rc = sqlite3_step(statement)) {
       rs.addNew();
       const long at = rs.currentRow();
       for (int i = 0; i < n; ++i) {
-        const int storage = sqlite3_column_type(st.get(), i);
+        const int storage = sqlite3_column_type(statement, i);
         if (storage == SQLITE_NULL) continue;  // the new row holds Nulls
         if (storage == SQLITE_TEXT && textField[static_cast<size_t>(i)]) {
-          const char* p = reinterpret_cast<const char*>(sqlite3_column_text(st.get(), i));
-          rs.setTextAt(at, i, std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(st.get(), i))));
+          const char* p = reinterpret_cast<const char*>(sqlite3_column_text(statement, i));
+          rs.setTextAt(at, i, std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(statement, i))));
           continue;
         }
         const Column& c = columns[static_cast<size_t>(i)];
-        Value v = readValue(st.get(), i, c.kind);
+        Value v = readValue(statement, i, c.kind);
         if (v.isNull()) continue;  // the new row holds Nulls
         if (c.kind == ColumnKind::Date && !fitsDateColumn(v)) raiseValueError(kDriver, i, c.field.type, v, row);
         storeColumnValue(rs, i, std::move(v), kDriver, row);
@@ -365,11 +365,42 @@ class SqliteConnection final : public Connection {
     raiseDriverError(kDriver, what, why);
   }
 
+  // Resets a cached statement when its query is done (or failed), so that
+  // it holds no read transaction open between uses.
+  struct ResetOnExit {
+    sqlite3_stmt* handle;
+    ~ResetOnExit() { sqlite3_reset(handle); }
+  };
+
+  // The prepared statement of a query's text: from the cache when the text
+  // was prepared before, else prepared (exactly one statement) and cached,
+  // the least recently used beyond kCachedStatements finalized.
+  sqlite3_stmt* cachedStatement(const std::string& sql) {
+    if (auto it = cache_.find(sql); it != cache_.end()) {
+      recent_.splice(recent_.begin(), recent_, it->second);
+      return it->second->second.get();
+    }
+    const char* tail = nullptr;
+    Statement st = prepare(sql, &tail, "query failed", SQLITE_PREPARE_PERSISTENT);
+    if (!st) fail("query failed", "the SQL text holds no statement");
+    if (prepare(std::string_view(tail, static_cast<size_t>(sql.data() + sql.size() - tail)), nullptr,
+                "query failed")) {
+      fail("query failed", "the SQL text holds more than one statement");
+    }
+    if (recent_.size() >= kCachedStatements) {
+      cache_.erase(recent_.back().first);
+      recent_.pop_back();
+    }
+    recent_.emplace_front(sql, std::move(st));
+    cache_.emplace(recent_.front().first, recent_.begin());
+    return recent_.front().second.get();
+  }
+
   // The first statement of sql (nullptr when it holds only blanks and
   // comments); *tail receives the rest of the text.
-  Statement prepare(std::string_view sql, const char** tail, std::string_view what) const {
+  Statement prepare(std::string_view sql, const char** tail, std::string_view what, unsigned flags = 0) const {
     sqlite3_stmt* raw = nullptr;
-    int rc = sqlite3_prepare_v2(db_.get(), sql.data(), static_cast<int>(sql.size()), &raw, tail);
+    int rc = sqlite3_prepare_v3(db_.get(), sql.data(), static_cast<int>(sql.size()), flags, &raw, tail);
     Statement st(raw);
     if (rc != SQLITE_OK) fail(what);
     return st;
@@ -423,7 +454,12 @@ class SqliteConnection final : public Connection {
     sqlite3_reset(st);
   }
 
+  // Query statements kept prepared, most recently used first; declared
+  // after db_, so they are finalized before the handle closes.
+  static constexpr size_t kCachedStatements = 64;
   std::unique_ptr<sqlite3, DatabaseCloser> db_;
+  std::list<std::pair<std::string, Statement>> recent_;
+  std::unordered_map<std::string_view, std::list<std::pair<std::string, Statement>>::iterator> cache_;
   std::string url_;
   int busyTimeoutMs_;
   const std::string* statement_ = nullptr;  // the statement under way, for messages

@@ -114,19 +114,41 @@ const CodeDescriptions* HesaLookups::codes(std::string_view columnKey) const {
   return it == xref_.end() ? nullptr : it->second.get();
 }
 
+namespace {
+
+// The code as the sets file it (trimmed, upper case); a copy in `scratch`
+// only when it has a lower-case letter, as codes are mostly stored as typed.
+std::string_view codeKey(std::string_view code, std::string& scratch) {
+  const size_t first = code.find_first_not_of(' ');
+  if (first == std::string_view::npos) return {};
+  code = code.substr(first, code.find_last_not_of(' ') - first + 1);
+  for (char c : code) {
+    if (c >= 'a' && c <= 'z') return scratch = keyOf(code);
+  }
+  return code;
+}
+
+}  // namespace
+
 const std::string& HesaLookups::description(const CodeDescriptions* codes, std::string_view code) {
   if (codes == nullptr) return kNothing;
-  // Codes are mostly stored as typed: probe without copying when the
-  // trimmed value has no lower-case letter.
-  const size_t first = code.find_first_not_of(' ');
-  if (first == std::string_view::npos)
-    code = {};
-  else
-    code = code.substr(first, code.find_last_not_of(' ') - first + 1);
-  bool upper = true;
-  for (char c : code) upper = upper && !(c >= 'a' && c <= 'z');
-  auto it = upper ? codes->find(code) : codes->find(keyOf(code));
+  std::string scratch;
+  auto it = codes->find(codeKey(code, scratch));
   return it == codes->end() ? kNothing : it->second;
+}
+
+TextSlots HesaLookups::validCodes(const CodeDescriptions* codes) {
+  TextSlots valid(codes ? codes->size() : 0);
+  if (codes == nullptr) return valid;
+  for (const auto& [code, description] : *codes) {
+    if (!description.empty()) valid.insert(code, 1);
+  }
+  return valid;
+}
+
+bool HesaLookups::validCode(const TextSlots& valid, std::string_view code) {
+  std::string scratch;
+  return valid.find(codeKey(code, scratch)) >= 0;
 }
 
 }  // namespace orvalis::reports::hesa

@@ -28,6 +28,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "reports/sir_he/text_slots.h"
+
 namespace orvalis::reports::hesa {
 
 // Hashing that lets a code table be probed with a string_view.
@@ -54,6 +56,10 @@ class HesaLookups {
   const CodeDescriptions* codes(std::string_view columnKey) const;
   // The description of a code in a code set, or "" (a null set included).
   static const std::string& description(const CodeDescriptions* codes, std::string_view code);
+  // The codes of a set whose description is not "" (views into the set),
+  // and the test description(codes, code) != "" against them.
+  static TextSlots validCodes(const CodeDescriptions* codes);
+  static bool validCode(const TextSlots& valid, std::string_view code);
 
   // The SQL of the structure-only query of a table's column list.
   static std::string structureSql(const std::string& table, const std::string& columns,

@@ -1,11 +1,12 @@
 #include "reports/sir_he/hesa_records.h"
 
-#include <algorithm>
-#include <unordered_set>
+
+#include <unordered_map>
 
 #include "data/data_functions.h"
 #include "data/sql_text.h"
 #include "reports/sir_he/hesa_fields.h"
+#include "reports/sir_he/text_slots.h"
 #include "runtime/basic_string.h"
 
 namespace orvalis::reports::hesa {
@@ -36,7 +37,7 @@ class PerEmployeeReads final : public HesaRecordSource {
  public:
   explicit PerEmployeeReads(std::string variation) : variation_(std::move(variation)) {}
 
-  void employee(size_t, const std::string& empId) override { empId_ = empId; }
+  void employee(const std::string& empId) override { empId_ = empId; }
 
   bool personExists() override {
     sql_ = personExistsSql(variation_, empId_);
@@ -75,117 +76,113 @@ class PerEmployeeReads final : public HesaRecordSource {
   Recordset contracts_;
 };
 
-class BatchedReads final : public HesaRecordSource {
+class CompanyReads final : public HesaRecordSource {
  public:
-  BatchedReads(const std::string& variation, std::vector<std::string> empIds)
-      : variation_(variation), ids_(std::move(empIds)), fallback_(variation) {}
+  CompanyReads(const std::string& variation, std::vector<std::string> empIds, bool looseIds)
+      : variation_(variation), ids_(std::move(empIds)), looseIds_(looseIds), fallback_(variation) {}
 
-  void employee(size_t position, const std::string& empId) override {
-    if (position >= loadedEnd_ || position < loadedBegin_) load(position);
-    fallback_.employee(position, empId);
-    auto p = personRow_.find(empId);
-    currentPerson_ = p == personRow_.end() ? -1 : p->second;
-    auto c = contractRows_.find(empId);
-    currentContracts_ = c == contractRows_.end() ? nullptr : &c->second;
+  void employee(const std::string& empId) override {
+    if (!loaded_) load();
+    fallback_.employee(empId);
+    const int32_t at = index_.find(empId);
+    current_ = at < 0 ? nullptr : &filed_[static_cast<size_t>(at)];
   }
 
   bool personExists() override {
     if (!personsRead_) return (usingFallback_ = true, fallback_.personExists());
-    return currentPerson_ >= 0;
+    return current_ != nullptr && current_->person >= 0;
   }
 
   RecordRows person() override {
     if (!personsRead_) return (usingFallback_ = true, fallback_.person());
-    return {&persons_, {currentPerson_}, 0, persons_.fieldCount()};
+    return {&persons_, {current_->person}, 0, persons_.fieldCount()};
   }
 
   bool contractsExist() override {
     if (!contractsRead_) return (usingFallback_ = true, fallback_.contractsExist());
-    return currentContracts_ != nullptr;
+    return current_ != nullptr && !current_->contracts.empty();
   }
 
   RecordRows contracts() override {
     if (!contractsRead_) return (usingFallback_ = true, fallback_.contracts());
     // EMP_ID, read last to file the rows, is not one of the checked columns.
-    return {&contracts_, *currentContracts_, 0, contracts_.fieldCount() - 1};
+    return {&contracts_, current_->contracts, 0, contracts_.fieldCount() - 1};
   }
 
   const std::string& sql() const override { return usingFallback_ ? fallback_.sql() : sql_; }
 
  private:
-  // Reads the records of the employees from `position` on.
-  void load(size_t position) {
-    loadedBegin_ = position;
-    loadedEnd_ = std::min(ids_.size(), position + kBatchSize);
-    std::vector<std::string> requested;
-    std::unordered_set<std::string> seen;
-    for (size_t i = loadedBegin_; i < loadedEnd_; ++i) {
-      if (seen.insert(ids_[i]).second) requested.push_back(ids_[i]);
+  struct Filed {
+    std::string_view id;  // in ids_
+    long person = -1;
+    std::vector<long> contracts;
+  };
+
+  void load() {
+    loaded_ = true;
+    index_ = TextSlots(ids_.size());
+    for (const std::string& id : ids_) {
+      if (index_.insert(id, static_cast<int32_t>(filed_.size()))) filed_.push_back({id, -1, {}});
     }
-    personRow_.clear();
-    contractRows_.clear();
-    std::string in;
-    for (const std::string& id : requested) {
-      if (!in.empty()) in += ", ";
-      in += "'" + sqlQuote(id) + "'";
-    }
-    const std::string where =
-        "WHERE VARIATION_ID = '" + sqlQuote(variation_) + "' " + "AND EMP_ID IN (" + in + ") ";
+    const std::string where = "WHERE VARIATION_ID = '" + sqlQuote(variation_) + "' ";
 
     sql_ = std::string("SELECT EMP_ID,") + kPersonColumns + " " + "FROM " + kPersonTable + " " + where +
            "ORDER BY EMP_ID";
-    usingFallback_ = false;
     personsRead_ = gfncOpenRecordset(sql_, persons_);
-    fileRows(persons_, 0, seen, requested, [&](const std::string& id, long row) {
-      personRow_.emplace(id, row);  // the first row, as the reference reads
-    });
+    if (personsRead_) {
+      fileRows(persons_, 0, [](Filed& f, long row) {
+        if (f.person < 0) f.person = row;  // the first row, as the reference reads
+      });
+    }
 
     sql_ = std::string("SELECT SEQ_ID,") + kContractColumns + ",EMP_ID " + "FROM " + kContractTable + " " +
            where + "ORDER BY EMP_ID, SEQ_ID";
     contractsRead_ = gfncOpenRecordset(sql_, contracts_);
-    fileRows(contracts_, contracts_.fieldCount() - 1, seen, requested,
-             [&](const std::string& id, long row) { contractRows_[id].push_back(row); });
+    if (contractsRead_) {
+      fileRows(contracts_, contracts_.fieldCount() - 1, [](Filed& f, long row) { f.contracts.push_back(row); });
+    }
   }
 
-  // Files each row under the requested identifier its EMP_ID equals; a row
-  // whose EMP_ID equals none exactly (the engine compared without case or
-  // trailing blanks) goes to the identifiers it equals in that looser way.
+  // Files each row under the employee whose identifier its EMP_ID equals;
+  // with looseIds_, a row that equals none exactly goes to the employees it
+  // equals without case and trailing blanks.
   template <typename File>
-  static void fileRows(const Recordset& rs, int empColumn, const std::unordered_set<std::string>& requested,
-                       const std::vector<std::string>& order, File file) {
+  void fileRows(const Recordset& rs, int empColumn, File file) {
     if (!rs.isOpen() || empColumn < 0) return;
-    std::unordered_map<std::string, std::vector<std::string>> loose;
-    for (long r : allRows(rs)) {
-      std::string id = rs.textAt(r, empColumn);
-      if (requested.count(id) != 0) {
-        file(id, r);
+    std::unordered_map<std::string, std::vector<Filed*>> loose;
+    std::string scratch;
+    for (long r = 0; r < rs.rowCount(); ++r) {
+      if (rs.isDeleted(r)) continue;
+      const std::string_view id = rs.textViewAt(r, empColumn, scratch);
+      if (const int32_t at = index_.find(id); at >= 0) {
+        file(filed_[static_cast<size_t>(at)], r);
         continue;
       }
+      if (!looseIds_) continue;
       if (loose.empty()) {
-        for (const std::string& want : order) loose[ucase(rtrim(want))].push_back(want);
+        for (size_t at = 0; at < filed_.size(); ++at) loose[ucase(rtrim(filed_[at].id))].push_back(&filed_[at]);
       }
       auto it = loose.find(ucase(rtrim(id)));
       if (it == loose.end()) continue;
-      for (const std::string& want : it->second) file(want, r);
+      for (Filed* f : it->second) file(*f, r);
     }
   }
 
   std::string variation_;
   std::vector<std::string> ids_;
-  size_t loadedBegin_ = 0;
-  size_t loadedEnd_ = 0;
+  bool looseIds_;
+  bool loaded_ = false;
   std::string sql_;
   Recordset persons_;
   Recordset contracts_;
-  std::unordered_map<std::string, long> personRow_;
-  std::unordered_map<std::string, std::vector<long>> contractRows_;
-  long currentPerson_ = -1;
-  const std::vector<long>* currentContracts_ = nullptr;
+  TextSlots index_;           // identifier (a view into ids_) -> its entry in filed_
+  std::vector<Filed> filed_;
+  const Filed* current_ = nullptr;
   bool personsRead_ = false;
   bool contractsRead_ = false;
-  // A batch statement that could not be read (the error component was told
-  // and chose to go on) leaves its employees to the original statements, so
-  // that one unreadable row affects its own employee only, as before.
+  // A company statement that could not be read (the error component was
+  // told and chose to go on) leaves every employee to the original
+  // statements, so that one unreadable row affects its own employee only.
   PerEmployeeReads fallback_;
   bool usingFallback_ = false;
 };
@@ -211,9 +208,9 @@ std::string contractRowsSql(const std::string& variation, const std::string& emp
 }
 
 std::unique_ptr<HesaRecordSource> makeRecordSource(RecordReads reads, const std::string& variation,
-                                                   std::vector<std::string> empIds) {
+                                                   std::vector<std::string> empIds, bool looseIds) {
   if (reads == RecordReads::PerEmployee) return std::make_unique<PerEmployeeReads>(variation);
-  return std::make_unique<BatchedReads>(variation, std::move(empIds));
+  return std::make_unique<CompanyReads>(variation, std::move(empIds), looseIds);
 }
 
 }  // namespace orvalis::reports::hesa

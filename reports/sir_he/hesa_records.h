@@ -8,27 +8,30 @@
 //                     AND EMP_ID = '...'" for the person test, the fixed
 //                     Person list with EMP_ID in front for its row, and the
 //                     same pair on PNLEMPHESAC (SEQ_ID in front). It is the
-//                     reference the batched source is tested against.
-//   BatchedReads      reads ahead: for each run of up to kBatchSize
-//                     employees of the driving order, one statement per
-//                     table ("... AND EMP_ID IN ('..', ...) ORDER BY EMP_ID
-//                     [, SEQ_ID]"), filed by employee in hash maps. A
-//                     contract's columns are the same as the reference's
-//                     (SEQ_ID first, then the fixed list); EMP_ID, needed to
-//                     file the rows, is read last and not checked. When a
-//                     batch statement cannot be read (a row holds a value
+//                     reference the company read is tested against.
+//   CompanyReads      reads the whole company once: one statement per
+//                     table ("SELECT EMP_ID,... FROM PNLEMPHESAP WHERE
+//                     VARIATION_ID = '...' ORDER BY EMP_ID", and SEQ_ID,
+//                     the Contract list and EMP_ID from PNLEMPHESAC ordered
+//                     by EMP_ID, SEQ_ID), filed by employee in a hash map
+//                     before the first employee is checked. A contract's
+//                     columns are the same as the reference's (SEQ_ID
+//                     first, then the fixed list); EMP_ID, needed to file
+//                     the rows, is read last and not checked. When a
+//                     company statement cannot be read (a row holds a value
 //                     its field cannot take; the error component was told
-//                     and chose to go on), that batch's employees are read
-//                     with the original statements, so the failure touches
-//                     only the employee whose row it is, as before.
+//                     and chose to go on), every employee is read with the
+//                     original statements, so the failure touches only the
+//                     employee whose row it is, as before.
 //
 // Rows are filed under the employee identifier exactly as the database
-// holds it; a row the engine matched to a requested identifier that differs
-// only in case or trailing blanks (case-blind collations) is filed under
-// that identifier, so each employee gets exactly the rows its own
-// "EMP_ID = '...'" statement returns. Contracts come in SEQ_ID order; the
-// reference statement has no ORDER BY, so there the engine's order applies
-// (SEQ_ID order on SQLite, which reads them through the primary key).
+// holds it. Where the engine compares identifiers without case or trailing
+// blanks (SQL Server's usual collation) a row whose EMP_ID equals no
+// employee exactly goes to the employees it equals in that looser way, so
+// each employee gets exactly the rows its own "EMP_ID = '...'" statement
+// returns there. Contracts come in SEQ_ID order; the reference statement
+// has no ORDER BY, so there the engine's order applies (SEQ_ID order on
+// SQLite, which reads them through the primary key).
 //
 // A source belongs to one report call; single-threaded.
 #pragma once
@@ -51,13 +54,13 @@ struct RecordRows {
   int endColumn = 0;  // one past the last column checked
 };
 
-enum class RecordReads { PerEmployee, Batched };
+enum class RecordReads { PerEmployee, WholeCompany };
 
 class HesaRecordSource {
  public:
   virtual ~HesaRecordSource() = default;
-  // Moves to the employee at this position of the driving order.
-  virtual void employee(size_t position, const std::string& empId) = 0;
+  // Moves to the employee (one of the identifiers the source was made with).
+  virtual void employee(const std::string& empId) = 0;
   virtual bool personExists() = 0;
   // The person record's row (call only when personExists()).
   virtual RecordRows person() = 0;
@@ -68,18 +71,15 @@ class HesaRecordSource {
   virtual const std::string& sql() const = 0;
 };
 
-// empIds: the trimmed identifiers of the driving rows, in driving order.
+// empIds: the trimmed identifiers of the driving rows. looseIds: the engine
+// compares identifiers without case and trailing blanks.
 std::unique_ptr<HesaRecordSource> makeRecordSource(RecordReads reads, const std::string& variation,
-                                                   std::vector<std::string> empIds);
+                                                   std::vector<std::string> empIds, bool looseIds);
 
 // The original statements (also used by the tests to show them).
 std::string personExistsSql(const std::string& variation, const std::string& empId);
 std::string personRowSql(const std::string& variation, const std::string& empId);
 std::string contractsExistSql(const std::string& variation, const std::string& empId);
 std::string contractRowsSql(const std::string& variation, const std::string& empId);
-
-// Employees per read-ahead statement (Oracle accepts at most 1000 items in
-// an IN list).
-inline constexpr size_t kBatchSize = 1000;
 
 }  // namespace orvalis::reports::hesa

@@ -4,8 +4,10 @@
 #include "component/ttx_file.h"
 #include "data/control.h"
 #include "data/data_functions.h"
+#include "data/dialect.h"
 #include "data/hr_environment.h"
 #include "data/sql_text.h"
+#include "reports/shared/blank_trimmed.h"
 #include "reports/sir_he/hesa_fields.h"
 #include "runtime/basic_date.h"
 #include "runtime/basic_string.h"
@@ -62,8 +64,8 @@ void SIR_HE::resetWorkingState() {
   reportName_.clear();
   sql_.clear();
   lookups_ = HesaLookups();
-  personChecks_.clear();
-  contractChecks_.clear();
+  personChecks_ = TableChecks();
+  contractChecks_ = TableChecks();
 }
 
 // Every name runs the sequence; only "01" and "SIR_DATA" get a driving
@@ -94,7 +96,7 @@ void SIR_HE::dumpVariables(Dump& dump) const { dump.item("STRSQL = ", sql_); }
 hesa::RecordReads SIR_HE::recordReads() const {
   if (reads_) return *reads_;
   std::string chosen = upperTrim(HREnvironment::session().GlobalVariable("HESA_READS").text());
-  return chosen == "PEREMPLOYEE" ? RecordReads::PerEmployee : RecordReads::Batched;
+  return chosen == "PEREMPLOYEE" ? RecordReads::PerEmployee : RecordReads::WholeCompany;
 }
 
 bool SIR_HE::fncBaseLoop(const std::string& reportName, Recordset& rsData) {
@@ -120,6 +122,7 @@ bool SIR_HE::fncBaseLoop(const std::string& reportName, Recordset& rsData) {
     if (!any) return;
 
     int cEmp = -1, cBirth = -1, cSex = -1, cHesa = -1, cKnown = -1;
+    std::string scratch;
     step(4, [&] {
       cEmp = drv.fieldIndex("EMP_ID");
       cBirth = drv.fieldIndex("DATE_BIRTH");
@@ -128,21 +131,26 @@ bool SIR_HE::fncBaseLoop(const std::string& reportName, Recordset& rsData) {
       cKnown = drv.fieldIndex("KNOWNAS");
       std::vector<std::string> ids;
       ids.reserve(static_cast<size_t>(drv.recordCount()));
-      for (drv.moveFirst(); !drv.eof(); drv.moveNext()) ids.push_back(trim(drv.get(cEmp).text()));
-      source = makeRecordSource(recordReads(), variation, std::move(ids));
+      for (drv.moveFirst(); !drv.eof(); drv.moveNext()) {
+        ids.emplace_back(blankTrimmed(drv.textViewAt(drv.currentRow(), cEmp, scratch)));
+      }
+      // SQL Server's usual collation compares identifiers without case and
+      // trailing blanks; the other engines compare them exactly.
+      source = makeRecordSource(recordReads(), variation, std::move(ids), currentDialect() == Dialect::SqlServer);
     });
 
-    size_t position = 0;
     step(5, [&] {
-      for (drv.moveFirst(); !drv.eof(); drv.moveNext(), ++position) {
-        Employee e;
-        e.empId = trim(drv.get(cEmp).text());
+      Employee e;
+      for (drv.moveFirst(); !drv.eof(); drv.moveNext()) {
+        const long row = drv.currentRow();
+        const auto text = [&](int column) { return blankTrimmed(drv.textViewAt(row, column, scratch)); };
+        e.empId = text(cEmp);
         empId = e.empId;
-        e.knownAs = trim(drv.get(cKnown).text());
-        e.dateBirth = dateText(drv.get(cBirth));
-        e.sexId = trim(drv.get(cSex).text());
-        e.hesaId = trim(drv.get(cHesa).text());
-        source->employee(position, e.empId);
+        e.knownAs = text(cKnown);
+        e.dateBirth = dateText(drv.at(row, cBirth));
+        e.sexId = text(cSex);
+        e.hesaId = text(cHesa);
+        source->employee(e.empId);
         checkEmployee(reportName, e, *source, rsData);
       }
       result = true;
@@ -186,42 +194,67 @@ void SIR_HE::checkEmployee(const std::string& reportName, const Employee& e, Hes
 void SIR_HE::checkRecords(const char* table, const RecordRows& records, const Employee& e,
                           const std::string& reportName, Recordset& rsData) {
   const bool contract = std::string_view(table) == kContractTable;
-  const std::vector<ColumnCheck>& checks = columnChecks(table, records);
-  const int seqColumn = contract ? records.rs->fieldIndex("SEQ_ID") : -1;
+  const TableChecks& tableChecks = columnChecks(table, records);
+  const std::vector<ColumnCheck>& checks = tableChecks.columns;
+  const Recordset& rs = *records.rs;
+  const int seqColumn = tableChecks.seqColumn;
+  std::string scratch;
+  std::string recordType;
   for (long row : records.rows) {
-    std::string recordType =
-        contract ? kContractPrefix + trim(records.rs->textAt(row, seqColumn)) : kPersonRecord;
+    // The record type is only written with a defect.
+    recordType.clear();
+    const auto type = [&]() -> const std::string& {
+      if (recordType.empty()) {
+        recordType = contract ? kContractPrefix + trim(rs.textAt(row, seqColumn)) : kPersonRecord;
+      }
+      return recordType;
+    };
     for (size_t i = 0; i < checks.size(); ++i) {
       const ColumnCheck& check = checks[i];
-      std::string value = trim(records.rs->textAt(row, records.firstColumn + static_cast<int>(i)));
+      const int column = records.firstColumn + static_cast<int>(i);
+      std::string_view value;
+      if (check.textField) {
+        value = blankTrimmed(rs.textViewAt(row, column, scratch));
+      } else {
+        // A number's or a date's text is never empty: it is only needed
+        // for a code.
+        Value cell = rs.at(row, column);
+        if (!cell.isNull() && !cell.isText() && !check.coded) continue;
+        scratch = cell.text();
+        value = blankTrimmed(scratch);
+      }
       const char* defect = nullptr;
       if (value.empty()) {
         defect = kFieldIsEmpty;
-      } else if (check.coded && HesaLookups::description(check.codes, value).empty()) {
+      } else if (check.coded && !HesaLookups::validCode(check.validCodes, value)) {
         defect = kInvalidValue;
       }
-      if (defect != nullptr)
-        addRow(rsData, reportName, e, recordType, check.name, check.label, value, defect);
+      if (defect != nullptr) addRow(rsData, reportName, e, type(), check.name, check.label, value, defect);
     }
     // The staff identifier is reported once per contract.
     if (contract && e.hesaId.empty()) {
-      addRow(rsData, reportName, e, recordType, "STAFF_ID", lookups_.label(kStaffIdLabel), "", kFieldIsEmpty);
+      addRow(rsData, reportName, e, type(), "STAFF_ID", lookups_.label(kStaffIdLabel), "", kFieldIsEmpty);
     }
   }
 }
 
-const std::vector<SIR_HE::ColumnCheck>& SIR_HE::columnChecks(const char* table, const RecordRows& records) {
-  std::vector<ColumnCheck>& checks =
-      std::string_view(table) == kContractTable ? contractChecks_ : personChecks_;
+const SIR_HE::TableChecks& SIR_HE::columnChecks(const char* table, const RecordRows& records) {
+  TableChecks& checks = std::string_view(table) == kContractTable ? contractChecks_ : personChecks_;
   const Recordset& rs = *records.rs;
   const size_t count = static_cast<size_t>(records.endColumn - records.firstColumn);
-  bool same = checks.size() == count;
+  // The same recordset as last time: the same layout.
+  if (checks.rs == &rs && checks.fields == rs.fields().data() && checks.columns.size() == count) return checks;
+  bool same = checks.columns.size() == count;
   for (size_t i = 0; same && i < count; ++i) {
-    same = checks[i].name == rs.field(records.firstColumn + static_cast<int>(i)).name;
+    const FieldDef& field = rs.field(records.firstColumn + static_cast<int>(i));
+    same = checks.columns[i].name == field.name && checks.columns[i].textField == ado::isTextType(field.type);
   }
+  checks.rs = &rs;
+  checks.fields = rs.fields().data();
+  checks.seqColumn = rs.fieldIndex("SEQ_ID");
   if (same) return checks;
 
-  checks.clear();
+  checks.columns.clear();
   for (int c = records.firstColumn; c < records.endColumn; ++c) {
     ColumnCheck check;
     check.name = rs.field(c).name;
@@ -229,8 +262,9 @@ const std::vector<SIR_HE::ColumnCheck>& SIR_HE::columnChecks(const char* table, 
     check.label = lookups_.label(key);
     std::string codeTable = upperTrim(lookups_.codeTable(table, check.name));
     check.coded = !codeTable.empty() && codeTable != kMasterTable;
-    check.codes = lookups_.codes(key);
-    checks.push_back(std::move(check));
+    check.validCodes = HesaLookups::validCodes(lookups_.codes(key));
+    check.textField = ado::isTextType(rs.field(c).type);
+    checks.columns.push_back(std::move(check));
   }
   return checks;
 }
@@ -241,8 +275,9 @@ void SIR_HE::addRow(Recordset& rsData, const std::string& reportName, const Empl
   const std::string_view texts[] = {reportName, e.empId,   e.knownAs, recordType,
                                     fieldId,    fieldDesc, value,     error};
   rsData.addNew();
+  const long row = rsData.currentRow();
   for (int i = 0; i < static_cast<int>(std::size(texts)); ++i) {
-    rsData.set(i, Value(fitted(texts[i], kResultFields[i].size)));
+    rsData.setTextAt(row, i, fitted(texts[i], kResultFields[i].size));
   }
 }
 

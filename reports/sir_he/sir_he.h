@@ -18,9 +18,10 @@
 // (runtime/xml_rowset.h); "" when ExtractData returns False or there are
 // no rows.
 //
-// The person and contract records are read ahead in batches by default; the
-// original per-employee statements remain available (setRecordReads, or
-// the session variable "HESA_READS" = "PEREMPLOYEE") and give the same rows.
+// The person and contract records of the whole company are read once by
+// default (one statement per table, filed by employee); the original
+// per-employee statements remain available (setRecordReads, or the session
+// variable "HESA_READS" = "PEREMPLOYEE") and give the same rows.
 //
 // Errors are raised on in the error block (module "SIR_HE"). An instance
 // keeps its collections and statements for one call; single-threaded.
@@ -35,6 +36,7 @@
 #include "component/report_class.h"
 #include "reports/sir_he/hesa_lookups.h"
 #include "reports/sir_he/hesa_records.h"
+#include "reports/sir_he/text_slots.h"
 
 namespace orvalis::reports {
 
@@ -79,7 +81,8 @@ class SIR_HE final : public ReportClass, public StringExtract {
     std::string name;
     std::string label;
     bool coded = false;  // drawn from a real code table: its codes are tested
-    const hesa::CodeDescriptions* codes = nullptr;
+    hesa::TextSlots validCodes;  // codes with a description (views into lookups_)
+    bool textField = false;      // the recordset's field holds texts
   };
 
   bool fncBaseLoop(const std::string& reportName, Recordset& rsData);
@@ -87,7 +90,14 @@ class SIR_HE final : public ReportClass, public StringExtract {
                      Recordset& rsData);
   void checkRecords(const char* table, const hesa::RecordRows& records, const Employee& e,
                     const std::string& reportName, Recordset& rsData);
-  const std::vector<ColumnCheck>& columnChecks(const char* table, const hesa::RecordRows& records);
+  // The checks of one table's columns and the layout they were made for.
+  struct TableChecks {
+    const Recordset* rs = nullptr;
+    const FieldDef* fields = nullptr;  // rs->fields().data() when made
+    int seqColumn = -1;
+    std::vector<ColumnCheck> columns;
+  };
+  const TableChecks& columnChecks(const char* table, const hesa::RecordRows& records);
   void addRow(Recordset& rsData, const std::string& reportName, const Employee& e,
               std::string_view recordType, std::string_view fieldId, std::string_view fieldDesc,
               std::string_view value, std::string_view error);
@@ -97,8 +107,8 @@ class SIR_HE final : public ReportClass, public StringExtract {
   std::string reportName_;
   std::string sql_;
   hesa::HesaLookups lookups_;
-  std::vector<ColumnCheck> personChecks_;
-  std::vector<ColumnCheck> contractChecks_;
+  TableChecks personChecks_;
+  TableChecks contractChecks_;
 };
 
 // Adds the class to the registry (reports/report_classes.h).

@@ -112,4 +112,31 @@ TEST(IsoDateTexts, ParseStrictly) {
 }
 
 }  // namespace
+// A query's text is prepared once and kept: the same text again gives the
+// rows as they are now, the columns as the schema is now, and holds no
+// lock between uses (another connection writes and changes the schema).
+TEST(SqliteStatementCache, SameTextSeesNewRowsColumnsAndLocks) {
+  test::ScratchDatabase db(test::Engine::SQLite);
+  auto reader = db.connect();
+  auto writer = db.connect();
+  writer->execute("CREATE TABLE T (A INTEGER); INSERT INTO T VALUES (1)");
+  const std::string sql = "SELECT * FROM T";
+  EXPECT_EQ(reader->query(sql).recordCount(), 1);
+  writer->execute("INSERT INTO T VALUES (2)");
+  EXPECT_EQ(reader->query(sql).recordCount(), 2);
+  writer->execute("ALTER TABLE T ADD COLUMN B VARCHAR(5)");
+  writer->execute("UPDATE T SET B = 'x'");
+  Recordset rs = reader->query(sql);
+  ASSERT_EQ(rs.fieldCount(), 2);
+  EXPECT_EQ(rs.field(1).type, ado::adVarChar);
+  EXPECT_EQ(rs.get(1).text(), "x");
+  // A failed statement is not kept; one text of two statements still fails.
+  EXPECT_THROW(reader->query("SELECT * FROM Missing"), Error);
+  writer->execute("CREATE TABLE Missing (C INTEGER)");
+  EXPECT_EQ(reader->query("SELECT * FROM Missing").recordCount(), 0);
+  EXPECT_THROW(reader->query("SELECT 1; SELECT 2"), Error);
+  writer->execute("DROP TABLE T");
+  EXPECT_THROW(reader->query(sql), Error);
+}
+
 }  // namespace orvalis

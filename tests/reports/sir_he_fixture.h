@@ -46,7 +46,7 @@ class SirHeFixture : public ::testing::Test {
 
   // Runs ExtractData; rows as texts.
   std::vector<ResultRow> extract(const std::string& method, bool* result = nullptr,
-                                 reports::hesa::RecordReads reads = reports::hesa::RecordReads::Batched);
+                                 reports::hesa::RecordReads reads = reports::hesa::RecordReads::WholeCompany);
   static std::vector<ResultRow> rowsOf(const Recordset& rs);
 
   std::filesystem::path dir_;

@@ -1,0 +1,74 @@
+// TextSlots: texts to small numbers by open addressing over views.
+//
+// The HESA check asks two questions once per cell or row of a whole
+// company: is this code in its code table, and which employee is this row
+// for. A node-based hash map answers each with a division and a pointer
+// chase into scattered nodes; this table keeps views of the texts (which
+// must outlive it) and their numbers side by side in one array with room
+// to spare, hashed with FNV-1a. The first of equal texts keeps its number.
+// Immutable once filled; single-threaded while filling.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace orvalis::reports::hesa {
+
+class TextSlots {
+ public:
+  explicit TextSlots(size_t expected = 0) { rehash(expected); }
+
+  // Files `text` under `number` (kept as a view); false when it was there.
+  bool insert(std::string_view text, int32_t number) {
+    if ((count_ + 1) * 2 > slots_.size()) rehash(slots_.size());
+    Slot* slot = probe(text);
+    if (slot->number >= 0) return false;
+    *slot = {text, number};
+    ++count_;
+    return true;
+  }
+
+  // The number filed under `text`, or -1.
+  int32_t find(std::string_view text) const { return const_cast<TextSlots*>(this)->probe(text)->number; }
+
+  size_t size() const { return count_; }
+
+ private:
+  struct Slot {
+    std::string_view text;
+    int32_t number = -1;
+  };
+
+  static uint64_t hash(std::string_view s) {
+    uint64_t h = 14695981039346656037ull;
+    for (unsigned char c : s) h = (h ^ c) * 1099511628211ull;
+    return h ^ (h >> 29);
+  }
+
+  // The slot holding `text`, or the free slot where it belongs.
+  Slot* probe(std::string_view text) {
+    const size_t mask = slots_.size() - 1;
+    for (size_t i = hash(text) & mask;; i = (i + 1) & mask) {
+      Slot& s = slots_[i];
+      if (s.number < 0 || s.text == text) return &s;
+    }
+  }
+
+  // At least twice `expected` slots, a power of two; the entries kept.
+  void rehash(size_t expected) {
+    size_t size = 16;
+    while (size < expected * 2) size *= 2;
+    std::vector<Slot> old;
+    old.swap(slots_);
+    slots_.assign(size, Slot{});
+    for (const Slot& s : old) {
+      if (s.number >= 0) *probe(s.text) = s;
+    }
+  }
+
+  std::vector<Slot> slots_;
+  size_t count_ = 0;
+};
+
+}  // namespace orvalis::reports::hesa
