@@ -245,6 +245,17 @@ long moveCompanyToServer(Connection& coordinator, Connection& server, const std:
     if (!schemaIsPartitioned(server)) prepareCompanyServer(server);
     createMissingPartitions(server, company);
   });
+  // The coordinator's rows are the company's; rows already on the server
+  // would be a second copy (a move run twice, or another coordinator's).
+  for (const TableDef* t : tables) {
+    const std::string partition = partitionName(t->name, company);
+    Recordset rs = server.query("select count(*) from (select 1 from " + quotedIdentifier(partition) + " limit 1) x");
+    if (!rs.eof() && rs.get(0).toDouble() > 0) {
+      throw Error(err::kDatabase, kSource,
+                  "the company server already holds rows of company " + company + " (in " + partition +
+                      "): the move would copy them twice");
+    }
+  }
   const ServerPlace place = placeOf(server);
 
   std::string serverName = "orv_" + place.host + "_" + place.port + "_" + place.database;
