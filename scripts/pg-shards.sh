@@ -57,9 +57,8 @@ server_url() {
 
 start() {
   [[ -x "$PG_BIN/initdb" ]] || die "PostgreSQL server programs not found in $PG_BIN"
-  ls "$PG_BIN"/../../../../share/postgresql/15/extension/postgres_fdw.control >/dev/null 2>&1 ||
-    ls /usr/share/postgresql/*/extension/postgres_fdw.control >/dev/null 2>&1 ||
-    die "postgres_fdw is not installed (Debian ships it with postgresql-15)"
+  compgen -G "/usr/share/postgresql/*/extension/postgres_fdw.control" >/dev/null ||
+    die "postgres_fdw is not installed (Debian ships it in postgresql-15)"
   mkdir -p "$DIR"
   local name url
   for name in "${SERVERS[@]}"; do
