@@ -10,12 +10,19 @@
 # (demo-db --companies 1 --employees 5000), URL_B the bureau database of
 # 200 such companies (demo-db --companies 200 --employees 1000000
 # --partition-by-company), or URL_B the coordinator of scripts/pg-shards.sh.
-# Prints one line per report: rows, median on A, median on B (ms), B/A.
-# ORVALIS names the tool (default build/orvalis). Not a test: asserts no time.
+# Prints one line per report: rows, median on A, median on B (ms), B/A,
+# each run a process of the tool with a new session (a cold start, which
+# pays for reading the partitions' descriptions into the session); then
+# "warm": the statements the report sends (--trace-sql) replayed by psql in
+# one session on each database, the median of N passes after a first one,
+# as the server times them (EXPLAIN ANALYZE: planning and execution).
+# ORVALIS names the tool (default build/orvalis), PSQL the client (default
+# PostgreSQL 15's). Not a test: asserts no time.
 set -euo pipefail
 
 HERE=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 ORVALIS=${ORVALIS:-$HERE/../build/orvalis}
+PSQL=${PSQL:-/usr/lib/postgresql/15/bin/psql}
 RUNS=7
 COMPANY=ORV01
 while [[ $# -gt 2 ]]; do
@@ -63,4 +70,29 @@ for command in "${REPORTS[@]}"; do
   ma=$(printf "%s\n" "${ta[@]}" | median)
   mb=$(printf "%s\n" "${tb[@]}" | median)
   printf "%-66s %8s %10s %10s %6.2f\n" "$command" "$rows_a" "$ma" "$mb" "$(echo "$mb / $ma" | bc -l)"
+done
+
+# Warm sessions: the same statements, N passes in one session each, timed
+# by the server (planning and execution, EXPLAIN ANALYZE), which the load
+# of a shared machine disturbs less than the client's clock.
+TMP=$(mktemp -d)
+trap 'rm -rf "$TMP"' EXIT
+pass_times() {
+  local url=$1 file=$2
+  {
+    for ((i = 0; i <= RUNS; i++)); do
+      echo "\\echo pass $i"
+      sed 's/^/explain (analyze, timing off) /' "$file"
+    done
+  } | "$PSQL" "$url" -X -q -At 2>&1 | awk '/^(Planning|Execution) Time:/ {t[p] += $3} /^pass/ {p++} END {for (i = 2; i <= p; i++) print t[i]}'
+}
+echo
+printf "%-66s %8s %10s %10s %6s\n" "warm session" statements "A ms" "B ms" "B/A"
+for command in "${REPORTS[@]}"; do
+  rm -f "$TMP/trace"
+  eval "\"$ORVALIS\" --db \"$B\" --company $COMPANY --trace-sql \"$TMP/trace\" $command --format csv" >/dev/null 2>&1 || true
+  cut -f2- "$TMP/trace" | sed 's/$/;/' >"$TMP/statements"
+  ma=$(pass_times "$A" "$TMP/statements" | median)
+  mb=$(pass_times "$B" "$TMP/statements" | median)
+  printf "%-66s %8s %10.0f %10.0f %6.2f\n" "$command" "$(wc -l <"$TMP/statements")" "$ma" "$mb" "$(echo "$mb / $ma" | bc -l)"
 done
