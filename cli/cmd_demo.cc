@@ -30,6 +30,7 @@ struct DemoArgs {
   bool replace = false;
   bool ifMissing = false;
   bool quiet = false;
+  bool partitioned = false;
 };
 
 void setup(CLI::App& app, CliContext& context) {
@@ -37,7 +38,8 @@ void setup(CLI::App& app, CliContext& context) {
   auto* demo = app.add_subcommand("demo-db", "create the demo HR database (schema and data)");
   demo->add_option("--employees", args->employees, "employees in all companies (default 5000)")
       ->check(CLI::Range(1, 10000000));
-  demo->add_option("--companies", args->companies, "companies, ORV01, ORV02, ... (default 2)")->check(CLI::Range(1, 99));
+  demo->add_option("--companies", args->companies, "companies, ORV01, ORV02, ..., ORV100, ... (default 2)")
+      ->check(CLI::Range(1, 999));
   demo->add_option("--seed", args->seed, "seed of the generator (default 1)");
   demo->add_option("--audit-rows", args->auditRows,
                    "audit trail rows (ADMAUDIT) in all companies (default: half the employees, at least 50 a company)")
@@ -48,6 +50,8 @@ void setup(CLI::App& app, CliContext& context) {
   auto* ifMissing = demo->add_flag("--if-missing", args->ifMissing,
                                    "keep a complete demo database; build only when there is none");
   demo->add_flag("--quiet", args->quiet, "no progress bar");
+  demo->add_flag("--partition-by-company", args->partitioned,
+                 "PostgreSQL: partition every company table by VARIATION_ID, one partition per company");
   ifMissing->excludes("--replace");
   demo->callback([&context, args] {
     DemoOptions options;
@@ -56,6 +60,7 @@ void setup(CLI::App& app, CliContext& context) {
     options.seed = args->seed;
     options.auditRows = args->auditRows;
     options.replace = args->replace;
+    options.partitionByCompany = args->partitioned;
     if (!args->asOf.empty()) {
       std::optional<DateTime> day = parseDate(args->asOf);
       if (!day) throw Error(err::kTypeMismatch, "orvalis", "--as-of: not a date: " + args->asOf);
@@ -67,6 +72,9 @@ void setup(CLI::App& app, CliContext& context) {
 
     const std::string url = context.environment(CliContext::Access::Lazy).config().hrUrl;
     const bool sqliteFile = startsWith(url, "sqlite:") && url != "sqlite::memory:";
+    if (args->partitioned && startsWith(url, "sqlite:")) {
+      throw Error(err::kInvalidProcedureCall, "orvalis", "partitioning needs PostgreSQL");
+    }
     if (args->ifMissing) {
       DemoState state = DemoState::Absent;
       if (!sqliteFile) {

@@ -9,22 +9,48 @@
 #include "data/dialect_functions.h"
 #include "payroll/audit_trail.h"
 #include "runtime/error.h"
+#include "schema/partitions.h"
 #include "schema/schema.h"
 
 namespace orvalis::cli {
 namespace {
 
 void setup(CLI::App& app, CliContext& context) {
+  struct InitArgs {
+    bool partitioned = false;
+    std::vector<std::string> companies;
+  };
+  auto init = std::make_shared<InitArgs>();
   auto* initDb = app.add_subcommand("init-db", "create the empty HR schema on the target database");
-  initDb->callback([&context] {
+  initDb->add_flag("--partition-by-company", init->partitioned,
+                   "PostgreSQL: partition every company table by VARIATION_ID, one partition per company");
+  initDb->add_option("--add-company", init->companies,
+                     "a company's partitions (repeatable): with the new partitioned schema, or added to an "
+                     "existing one");
+  initDb->callback([&context, init] {
     Connection& c = context.environment(CliContext::Access::Create).hrConnection();
+    if (init->partitioned || !init->companies.empty()) requirePartitioning(c);
+    if (!init->partitioned && !init->companies.empty()) {
+      for (const std::string& company : init->companies) {
+        const int created = addCompanyPartitions(c, company);
+        std::cout << "company " << company << ": "
+                  << (created == 0 ? std::string("every partition exists already")
+                                   : std::to_string(created) + " partitions added")
+                  << "\n";
+      }
+      return;
+    }
     if (schemaExists(c)) {
       throw Error(err::kDatabase, "orvalis", "the database already holds the HR schema");
     }
-    createSchema(c);
+    createSchema(c, SchemaLayout{init->partitioned, init->companies});
     // Readers of a shared file never wait for a writer.
     if (c.provider() == "SQLITE") c.execute("PRAGMA journal_mode = WAL");
-    std::cout << "created the HR schema on " << c.provider() << "\n";
+    std::cout << "created the HR schema on " << c.provider()
+              << (init->partitioned ? ", partitioned by company (" + std::to_string(init->companies.size()) +
+                                          " companies)"
+                                    : std::string())
+              << "\n";
   });
 
   struct ControlArgs {

@@ -20,6 +20,7 @@
 #include "runtime/clock.h"
 #include "runtime/error.h"
 #include "demo/demo_calendar.h"
+#include "demo/demo_catalog.h"
 #include "demo/demo_tables.h"
 #include "runtime/text_file.h"
 #include "schema/schema.h"
@@ -354,7 +355,12 @@ DemoReport buildDemoDatabase(Connection& connection, const DemoOptions& options)
   if (tableNames(connection).count(kStateTable)) connection.execute(std::string("DROP TABLE ") + kStateTable);
   // Tables first, indexes after the load: building an index over sorted
   // keys is much faster than growing it row by row.
-  createSchemaTables(connection);
+  SchemaLayout layout;
+  layout.partitionByCompany = options.partitionByCompany;
+  if (layout.partitionByCompany) {
+    for (int c = 0; c < options.companies; ++c) layout.companies.push_back(demo::companyCode(c));
+  }
+  createSchemaTables(connection, layout);
   const bool sqlite = schemaEngineOf(connection.provider()) == SchemaEngine::SQLite;
   std::string cacheSize;
   if (sqlite) {

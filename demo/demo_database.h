@@ -56,6 +56,9 @@ struct DemoOptions {
   // Drop an existing schema first; without it an existing schema is an
   // error.
   bool replace = false;
+  // PostgreSQL: the company tables partitioned by company, one partition
+  // for each company (schema/partitions.h).
+  bool partitionByCompany = false;
   // Called now and then with the share done (0 to 1) and the table being
   // written.
   std::function<void(double, const std::string&)> progress;

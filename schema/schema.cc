@@ -7,6 +7,7 @@
 #include "runtime/error.h"
 #include "schema/ddl_text.h"
 #include "schema/dictionary_rows.h"
+#include "schema/partitions.h"
 
 namespace orvalis {
 
@@ -77,18 +78,25 @@ const DdlModel& schemaModel() {
 
 // The DDL statements of the connection's engine: the tables, or the
 // indexes.
-static std::vector<std::string> ddlStatements(Connection& connection, bool indexes) {
+// Partitioned by company, the tables are followed by their partitions.
+static std::vector<std::string> ddlStatements(Connection& connection, bool indexes,
+                                              const SchemaLayout& layout = {}) {
   schemaEngineOf(connection.provider());  // refuses engines we do not create schemas on
+  if (layout.partitionByCompany) requirePartitioning(connection);
   std::vector<std::string> chosen;
   for (std::string& statement : splitStatements(schemaDdl())) {
     bool isIndex = startsWith(ucase(statement), "CREATE INDEX") || startsWith(ucase(statement), "CREATE UNIQUE");
-    if (isIndex == indexes) chosen.push_back(std::move(statement));
+    if (isIndex != indexes) continue;
+    chosen.push_back(layout.partitionByCompany ? partitionedCreateTable(statement) : std::move(statement));
+  }
+  if (layout.partitionByCompany && !indexes) {
+    for (std::string& statement : partitionStatements(layout.companies)) chosen.push_back(std::move(statement));
   }
   return chosen;
 }
 
-void createSchema(Connection& connection) {
-  std::vector<std::string> tables = ddlStatements(connection, false);
+void createSchema(Connection& connection, const SchemaLayout& layout) {
+  std::vector<std::string> tables = ddlStatements(connection, false, layout);
   std::vector<std::string> indexes = ddlStatements(connection, true);
   inTransaction(connection, [&] {
     for (const std::string& statement : tables) connection.execute(statement);
@@ -97,8 +105,8 @@ void createSchema(Connection& connection) {
   });
 }
 
-void createSchemaTables(Connection& connection) {
-  std::vector<std::string> tables = ddlStatements(connection, false);
+void createSchemaTables(Connection& connection, const SchemaLayout& layout) {
+  std::vector<std::string> tables = ddlStatements(connection, false, layout);
   inTransaction(connection, [&] {
     for (const std::string& statement : tables) connection.execute(statement);
     writeDictionary(connection, schemaModel());

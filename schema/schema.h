@@ -32,13 +32,21 @@ std::string schemaDdl();
 // The tables and indexes of the schema (the same on every engine).
 const DdlModel& schemaModel();
 
+// How the tables are laid out. partitionByCompany (PostgreSQL only, else
+// "partitioning needs PostgreSQL"): the company tables partitioned by
+// VARIATION_ID with a partition for each of companies (schema/partitions.h).
+struct SchemaLayout {
+  bool partitionByCompany = false;
+  std::vector<std::string> companies;
+};
+
 // Creates every table and index and fills the data dictionary.
-void createSchema(Connection& connection);
+void createSchema(Connection& connection, const SchemaLayout& layout = {});
 
 // The two halves of createSchema() for bulk loads, which fill the tables
 // before they build the indexes: the tables with the dictionary, then the
 // indexes.
-void createSchemaTables(Connection& connection);
+void createSchemaTables(Connection& connection, const SchemaLayout& layout = {});
 void createSchemaIndexes(Connection& connection);
 
 // True when the connection's database (its current schema on PostgreSQL)
