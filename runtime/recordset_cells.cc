@@ -127,7 +127,10 @@ void CellStore::addColumn(int type) {
 CellStore::Chunk CellStore::newChunk(long capacity) const {
   Chunk c;
   c.capacity = capacity;
-  c.bytes.assign(static_cast<size_t>(capacity / 8) * columns_.size() + static_cast<size_t>(capacity) * rowBytes_, 0);
+  const size_t bitBytes = static_cast<size_t>(capacity / 8) * columns_.size();
+  c.size = bitBytes + static_cast<size_t>(capacity) * rowBytes_;
+  c.bytes.reset(new unsigned char[c.size]);
+  std::memset(c.bytes.get(), 0, bitBytes);
   return c;
 }
 
@@ -359,11 +362,17 @@ void CellStore::setText(long row, int index, std::string_view text) {
   // The text may be in this store's arena: add it before the old one is
   // released or the arena compacted.
   const uint64_t ref = arena_.add(text);
-  releaseCell(row, index);
   const Chunk& ch = chunkOf(row);
   const long r = row % kChunkRows;
-  store<uint64_t>(data(ch, col, r), ref);
-  setBit(bits(ch, index), r, true);
+  unsigned char* b = bits(ch, index);
+  unsigned char* p = data(ch, col, r);
+  if (bit(b, r)) {
+    arena_.release(arena_.get(load<uint64_t>(p)).size());
+  } else if (!aside_.empty()) {
+    releaseCell(row, index);
+  }
+  store<uint64_t>(p, ref);
+  setBit(b, r, true);
   compactArenaIfWasteful();
 }
 
@@ -422,7 +431,7 @@ void CellStore::compactArenaIfWasteful() {
 
 size_t CellStore::memoryUsage() const {
   size_t bytes = chunks_.capacity() * sizeof(Chunk);
-  for (const auto& chunk : chunks_) bytes += chunk.bytes.capacity();
+  for (const auto& chunk : chunks_) bytes += chunk.size;
   bytes += arena_.capacity();
   bytes += aside_.size() * (sizeof(AnyCell) + 2 * sizeof(void*) + sizeof(uint64_t)) + aside_.bucket_count() * sizeof(void*);
   return bytes;

@@ -26,6 +26,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -135,9 +136,24 @@ class CellStore {
     size_t size;    // bytes a cell
     size_t offset;  // sum of the sizes of the columns before it
   };
+  // The presence bits are zeroed when a chunk is made; values are written
+  // before they are read, so the rest is not (that would touch every page
+  // of a fresh chunk twice).
   struct Chunk {
-    std::vector<unsigned char> bytes;
+    std::unique_ptr<unsigned char[]> bytes;
+    size_t size = 0;
     long capacity = 0;  // rows; a multiple of 64
+
+    Chunk() = default;
+    Chunk(Chunk&&) noexcept = default;
+    Chunk& operator=(Chunk&&) noexcept = default;
+    Chunk(const Chunk& o) : bytes(new unsigned char[o.size]), size(o.size), capacity(o.capacity) {
+      std::memcpy(bytes.get(), o.bytes.get(), size);
+    }
+    Chunk& operator=(const Chunk& o) {
+      if (this != &o) *this = Chunk(o);
+      return *this;
+    }
   };
   // A 16-byte tagged cell (columns of any type and the cells kept aside):
   // byte 0 the kind, the payload from byte 8 (a text's arena reference).
@@ -147,10 +163,10 @@ class CellStore {
   static_assert(sizeof(AnyCell) == 16);
 
   unsigned char* bits(const Chunk& c, int index) const {
-    return const_cast<unsigned char*>(c.bytes.data()) + static_cast<size_t>(c.capacity / 8) * static_cast<size_t>(index);
+    return c.bytes.get() + static_cast<size_t>(c.capacity / 8) * static_cast<size_t>(index);
   }
   unsigned char* data(const Chunk& c, const Column& col, long r) const {
-    return const_cast<unsigned char*>(c.bytes.data()) + static_cast<size_t>(c.capacity / 8) * columns_.size() +
+    return c.bytes.get() + static_cast<size_t>(c.capacity / 8) * columns_.size() +
            static_cast<size_t>(c.capacity) * col.offset + static_cast<size_t>(r) * col.size;
   }
   const Chunk& chunkOf(long row) const { return chunks_[static_cast<size_t>(row / kChunkRows)]; }
