@@ -21,7 +21,7 @@
 // addNew() makes the new row current, so whoever fills a recordset calls
 // moveFirst() before handing it on (the drivers do).
 //
-// Storage (runtime/recordset_cells.h): cells are held column by column at
+// Storage (runtime/recordset_cells.h): cells are held row by row, each at
 // the width of the field's type (4 bytes a Long, 8 a Double or a date, 8 a
 // text plus its bytes in a per-recordset text arena), with a presence bit a
 // cell for Null; space of overwritten texts is reclaimed once it is half the

@@ -39,7 +39,6 @@ size_t cellSize(Storage s) {
   return 16;
 }
 
-long roundUp64(long n) { return (n + 63) / 64 * 64; }
 
 int32_t checkedDays(DateTime d) {
   if (d.days() < std::numeric_limits<int32_t>::min() || d.days() > std::numeric_limits<int32_t>::max()) {
@@ -122,15 +121,15 @@ void CellStore::addColumn(int type) {
   const Storage s = storageFor(type);
   columns_.push_back(Column{s, cellSize(s), rowBytes_});
   rowBytes_ += cellSize(s);
+  bitBytes_ = (columns_.size() + 7) / 8;
+  rowStride_ = bitBytes_ + rowBytes_;
 }
 
 CellStore::Chunk CellStore::newChunk(long capacity) const {
   Chunk c;
   c.capacity = capacity;
-  const size_t bitBytes = static_cast<size_t>(capacity / 8) * columns_.size();
-  c.size = bitBytes + static_cast<size_t>(capacity) * rowBytes_;
+  c.size = static_cast<size_t>(capacity) * rowStride_;
   c.bytes.reset(new unsigned char[c.size]);
-  std::memset(c.bytes.get(), 0, bitBytes);
   return c;
 }
 
@@ -138,26 +137,24 @@ void CellStore::growFirstChunk(long capacity) {
   Chunk& old = chunks_.front();
   if (capacity <= old.capacity) return;
   Chunk c = newChunk(capacity);
-  for (size_t i = 0; i < columns_.size(); ++i) {
-    std::memcpy(bits(c, static_cast<int>(i)), bits(old, static_cast<int>(i)), static_cast<size_t>(old.capacity / 8));
-    std::memcpy(data(c, columns_[i], 0), data(old, columns_[i], 0), static_cast<size_t>(old.capacity) * columns_[i].size);
-  }
+  std::memcpy(c.bytes.get(), old.bytes.get(), old.size);
   old = std::move(c);
 }
 
 void CellStore::reserve(long rows) {
   reserved_ = std::max(reserved_, rows);
   chunks_.reserve(static_cast<size_t>((rows + kChunkRows - 1) / kChunkRows));
-  if (chunks_.size() == 1) growFirstChunk(std::min(kChunkRows, roundUp64(rows)));
+  if (chunks_.size() == 1) growFirstChunk(std::min(kChunkRows, rows));
 }
 
 long CellStore::addRow() {
   const size_t c = static_cast<size_t>(rows_ / kChunkRows);
   if (c == chunks_.size()) {
-    chunks_.push_back(newChunk(c == 0 ? std::min(kChunkRows, roundUp64(std::max(reserved_, 64L))) : kChunkRows));
+    chunks_.push_back(newChunk(c == 0 ? std::min(kChunkRows, std::max(reserved_, 16L)) : kChunkRows));
   } else if (rows_ % kChunkRows == chunks_[c].capacity) {
     growFirstChunk(std::min(kChunkRows, chunks_[c].capacity * 4));  // only the first chunk starts short
   }
+  std::memset(rowBits(chunks_[c], rows_ % kChunkRows), 0, bitBytes_);  // all Null
   return rows_++;
 }
 
@@ -189,7 +186,7 @@ CellView CellStore::viewOf(const AnyCell& c) const {
 CellView CellStore::view(long row, int index) const {
   const Chunk& ch = chunkOf(row);
   const long r = row % kChunkRows;
-  if (!bit(bits(ch, index), r)) {
+  if (!bit(rowBits(ch, r), index)) {
     if (aside_.empty()) return CellView{};
     auto it = aside_.find(asideKey(row, index));
     return it == aside_.end() ? CellView{} : viewOf(it->second);
@@ -234,7 +231,7 @@ CellView CellStore::view(long row, int index) const {
 
 bool CellStore::isNull(long row, int index) const {
   const Column& col = columns_[static_cast<size_t>(index)];
-  if (col.storage != Storage::Any && bit(bits(chunkOf(row), index), row % kChunkRows)) return false;
+  if (col.storage != Storage::Any && bit(rowBits(chunkOf(row), row % kChunkRows), index)) return false;
   return isNullish(view(row, index).kind);
 }
 
@@ -282,7 +279,7 @@ void CellStore::releaseCell(long row, int index) {
   const Chunk& ch = chunkOf(row);
   const long r = row % kChunkRows;
   const Column& col = columns_[static_cast<size_t>(index)];
-  if (bit(bits(ch, index), r)) {
+  if (bit(rowBits(ch, r), index)) {
     const unsigned char* p = data(ch, col, r);
     if (col.storage == Storage::Text) {
       arena_.release(arena_.get(load<uint64_t>(p)).size());
@@ -305,11 +302,11 @@ void CellStore::set(long row, int index, const Value& v) {
   const Chunk& ch = chunkOf(row);
   const long r = row % kChunkRows;
   const Column& col = columns_[static_cast<size_t>(index)];
-  unsigned char* b = bits(ch, index);
+  unsigned char* b = rowBits(ch, r);
   unsigned char* p = data(ch, col, r);
   bool native = true;
   switch (v.kind()) {
-    case Value::Kind::Null: setBit(b, r, false); return;
+    case Value::Kind::Null: setBit(b, index, false); return;
     case Value::Kind::Text:
       if (col.storage != Storage::Text) native = false;
       else store<uint64_t>(p, arena_.add(v.asText()));
@@ -343,13 +340,13 @@ void CellStore::set(long row, int index, const Value& v) {
     if (col.storage == Storage::Any) {
       std::memcpy(p, c.b, sizeof c.b);
     } else {
-      setBit(b, r, false);
+      setBit(b, index, false);
       aside_[asideKey(row, index)] = c;
       compactArenaIfWasteful();
       return;
     }
   }
-  setBit(b, r, true);
+  setBit(b, index, true);
   compactArenaIfWasteful();
 }
 
@@ -364,15 +361,15 @@ void CellStore::setText(long row, int index, std::string_view text) {
   const uint64_t ref = arena_.add(text);
   const Chunk& ch = chunkOf(row);
   const long r = row % kChunkRows;
-  unsigned char* b = bits(ch, index);
+  unsigned char* b = rowBits(ch, r);
   unsigned char* p = data(ch, col, r);
-  if (bit(b, r)) {
+  if (bit(b, index)) {
     arena_.release(arena_.get(load<uint64_t>(p)).size());
   } else if (!aside_.empty()) {
     releaseCell(row, index);
   }
   store<uint64_t>(p, ref);
-  setBit(b, r, true);
+  setBit(b, index, true);
   compactArenaIfWasteful();
 }
 
@@ -381,11 +378,12 @@ bool CellStore::copyCell(long row, int index, const CellStore& from, long fromRo
   const Column& src = from.columns_[static_cast<size_t>(fromIndex)];
   const Chunk& fch = from.chunkOf(fromRow);
   const long fr = fromRow % kChunkRows;
-  if (!bit(from.bits(fch, fromIndex), fr)) {
+  if (!bit(from.rowBits(fch, fr), fromIndex)) {
     if (!from.aside_.empty() && from.aside_.count(from.asideKey(fromRow, fromIndex))) return false;
     if (src.storage == Storage::Any) return false;  // Null or Empty: the caller tells
-    releaseCell(row, index);
-    setBit(bits(chunkOf(row), index), row % kChunkRows, false);
+    unsigned char* b = rowBits(chunkOf(row), row % kChunkRows);
+    if (bit(b, index) || !aside_.empty()) releaseCell(row, index);
+    setBit(b, index, false);
     return true;
   }
   if (src.storage != col.storage || col.storage == Storage::Any) return false;
@@ -398,7 +396,7 @@ bool CellStore::copyCell(long row, int index, const CellStore& from, long fromRo
   const Chunk& ch = chunkOf(row);
   const long r = row % kChunkRows;
   std::memcpy(data(ch, col, r), p, col.size);
-  setBit(bits(ch, index), r, true);
+  setBit(rowBits(ch, r), index, true);
   return true;
 }
 
@@ -411,9 +409,8 @@ void CellStore::compactArenaIfWasteful() {
     for (size_t i = 0; i < columns_.size(); ++i) {
       const Column& col = columns_[i];
       if (col.storage != Storage::Text && col.storage != Storage::Any) continue;
-      const unsigned char* b = bits(ch, static_cast<int>(i));
       for (long r = 0; r < n; ++r) {
-        if (!bit(b, r)) continue;
+        if (!bit(rowBits(ch, r), static_cast<int>(i))) continue;
         unsigned char* p = data(ch, col, r);
         if (col.storage == Storage::Any) {
           if (static_cast<CellKind>(p[0]) != CellKind::Text) continue;

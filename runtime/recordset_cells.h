@@ -1,9 +1,8 @@
 // Cell storage of a recordset, and the conversion of a value to the type of
 // the field it is written to.
 //
-// Cells are held column by column, each column at the width of its field's
-// type: 8 bytes a text (where its bytes are in the text arena and how many),
-// 4 for a Long, Integer or byte, 8 for a big integer, a floating number or a
+// Each cell is held at the width of its field's type: 8 bytes a text (where
+// its bytes are in the text arena and how many), 4 for a Long, Integer or byte, 8 for a big integer, a floating number or a
 // currency amount, 8 for a date (days and seconds), 1 for a Boolean, and 16
 // for a field of any other type (a tagged cell that holds any value). A bit
 // a cell says whether it holds a value of its column's own kind; without it
@@ -11,9 +10,10 @@
 // another kind (a text a date column could not read as a date, a number
 // beyond a Long), kept aside by row and column.
 //
-// Rows are held in chunks of kChunkRows rows, each chunk one block with the
-// columns side by side (first the presence bits of every column, then each
-// column's values); the first chunk starts small and grows, so a recordset
+// Rows are held in chunks of kChunkRows rows, each chunk one block of rows
+// (a row's presence bits, then its cells: the cells of a row are read and
+// written together, and a row looked up at random is one or two cache
+// lines); the first chunk starts small and grows, so a recordset
 // of a few rows stays small and a large one never holds more than one partly
 // used chunk. Texts are appended to a text arena in blocks that grow from
 // 1 KiB to 64 KiB; the space of overwritten texts is reclaimed once it is
@@ -136,13 +136,12 @@ class CellStore {
     size_t size;    // bytes a cell
     size_t offset;  // sum of the sizes of the columns before it
   };
-  // The presence bits are zeroed when a chunk is made; values are written
-  // before they are read, so the rest is not (that would touch every page
-  // of a fresh chunk twice).
+  // A row's presence bits are zeroed when it is added; values are written
+  // before they are read, so the rest is not.
   struct Chunk {
     std::unique_ptr<unsigned char[]> bytes;
     size_t size = 0;
-    long capacity = 0;  // rows; a multiple of 64
+    long capacity = 0;  // rows
 
     Chunk() = default;
     Chunk(Chunk&&) noexcept = default;
@@ -162,18 +161,16 @@ class CellStore {
   };
   static_assert(sizeof(AnyCell) == 16);
 
-  unsigned char* bits(const Chunk& c, int index) const {
-    return c.bytes.get() + static_cast<size_t>(c.capacity / 8) * static_cast<size_t>(index);
-  }
+  // A row: the presence bits of its cells, then its cells at their widths.
+  unsigned char* rowBits(const Chunk& c, long r) const { return c.bytes.get() + static_cast<size_t>(r) * rowStride_; }
   unsigned char* data(const Chunk& c, const Column& col, long r) const {
-    return c.bytes.get() + static_cast<size_t>(c.capacity / 8) * columns_.size() +
-           static_cast<size_t>(c.capacity) * col.offset + static_cast<size_t>(r) * col.size;
+    return c.bytes.get() + static_cast<size_t>(r) * rowStride_ + bitBytes_ + col.offset;
   }
   const Chunk& chunkOf(long row) const { return chunks_[static_cast<size_t>(row / kChunkRows)]; }
-  static bool bit(const unsigned char* b, long r) { return (b[r >> 3] >> (r & 7)) & 1; }
-  static void setBit(unsigned char* b, long r, bool on) {
-    if (on) b[r >> 3] = static_cast<unsigned char>(b[r >> 3] | (1u << (r & 7)));
-    else b[r >> 3] = static_cast<unsigned char>(b[r >> 3] & ~(1u << (r & 7)));
+  static bool bit(const unsigned char* b, int i) { return (b[i >> 3] >> (i & 7)) & 1; }
+  static void setBit(unsigned char* b, int i, bool on) {
+    if (on) b[i >> 3] = static_cast<unsigned char>(b[i >> 3] | (1u << (i & 7)));
+    else b[i >> 3] = static_cast<unsigned char>(b[i >> 3] & ~(1u << (i & 7)));
   }
   uint64_t asideKey(long row, int index) const { return static_cast<uint64_t>(row) * columns_.size() + static_cast<uint64_t>(index); }
 
@@ -190,7 +187,9 @@ class CellStore {
   void compactArenaIfWasteful();
 
   std::vector<Column> columns_;
-  size_t rowBytes_ = 0;
+  size_t rowBytes_ = 0;   // the cells of a row
+  size_t bitBytes_ = 0;   // the presence bits of a row
+  size_t rowStride_ = 0;  // both
   std::vector<Chunk> chunks_;
   TextArena arena_;
   std::unordered_map<uint64_t, AnyCell> aside_;  // by row * width + column
