@@ -3,6 +3,7 @@
 #include <array>
 #include <functional>
 #include <string_view>
+#include <vector>
 #include <unordered_map>
 
 #include "component/class_registry.h"
@@ -40,6 +41,53 @@ const ReportClassInfo& published() {
   static const ReportClassInfo info{"AuditData", {"ExtractData"}, Handler::Block, newReportClass<AuditData>};
   return info;
 }
+
+// Rows by key text, probed once per audit row: open addressing with the
+// keys in the slots (an audit key is short enough to be held inside its
+// string), so a probe is one or two cache lines where a node-based map
+// takes three or more.
+class KeyRows {
+ public:
+  long* find(std::string_view key) {
+    if (slots_.empty()) return nullptr;
+    for (size_t i = hash(key) & mask();; i = (i + 1) & mask()) {
+      Slot& s = slots_[i];
+      if (!s.used) return nullptr;
+      if (s.key == key) return &s.row;
+    }
+  }
+  // Adds a key that find() did not find.
+  long& add(std::string_view key, long row) {
+    if ((used_ + 1) * 2 > slots_.size()) grow();
+    ++used_;
+    return place(std::string(key), row);
+  }
+
+ private:
+  struct Slot {
+    std::string key;
+    long row = -1;
+    bool used = false;
+  };
+  static size_t hash(std::string_view key) { return std::hash<std::string_view>()(key); }
+  size_t mask() const { return slots_.size() - 1; }
+  long& place(std::string key, long row) {
+    size_t i = hash(key) & mask();
+    while (slots_[i].used) i = (i + 1) & mask();
+    slots_[i] = Slot{std::move(key), row, true};
+    return slots_[i].row;
+  }
+  void grow() {
+    std::vector<Slot> old = std::move(slots_);
+    slots_.assign(old.empty() ? 1024 : old.size() * 2, Slot{});
+    for (Slot& s : old) {
+      if (s.used) place(std::move(s.key), s.row);
+    }
+  }
+
+  std::vector<Slot> slots_;  // a power of two, at most half used
+  size_t used_ = 0;
+};
 
 }  // namespace
 
@@ -170,6 +218,7 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
         employeeCells.appendField(fields[i].name, fields[i].type, fields[i].size);
       }
       employeeCells.open();
+      const int employeeFieldCount = employeeCells.fieldCount();
       std::vector<long> employeeCellRow(static_cast<size_t>(emp.isOpen() ? emp.rowCount() : 0), -1);
       auto employeeRow = [&](long e) {
         long& cached = employeeCellRow[static_cast<size_t>(e)];
@@ -232,7 +281,7 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
       const Value reportName = fittedText(0, kReportName);
       std::unordered_map<std::string, Value> times;
       // By KEY_ID as the audit rows spell it: the employee's row, or -1.
-      std::unordered_map<std::string, long, ViewHash, std::equal_to<>> employeeRows;
+      KeyRows employeeRows;
       std::string keyScratch, userScratch, origScratch, actionScratch, entityScratch, fieldScratch, scratch;
 
       rsData.reserve(drv.recordCount());
@@ -294,14 +343,12 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
         } else {
           putText(14, "");  // as the description of no record
         }
-        auto known = employeeRows.find(key);
-        if (known == employeeRows.end()) {
-          known = employeeRows.emplace(std::string(key), lookups_.employeeRow(std::string(key))).first;
-        }
-        const long e = known->second;
+        long* known = employeeRows.find(key);
+        if (!known) known = &employeeRows.add(key, lookups_.employeeRow(std::string(key)));
+        const long e = *known;
         if (e < 0) continue;  // no employee: the EMP_ fields stay empty
         const long cells = employeeRow(e);
-        for (int i = 0; i < employeeCells.fieldCount(); ++i) {
+        for (int i = 0; i < employeeFieldCount; ++i) {
           rsData.copyAt(r, static_cast<int>(kFirstEmployeeField) + i, employeeCells, cells, i);
         }
       }
