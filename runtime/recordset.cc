@@ -150,8 +150,8 @@ void Recordset::appendField(FieldDef field) {
     throw Error(err::kDatabase, "ADODB.Fields", "Operation is not allowed when the object is open.");
   }
   impl_->byName.emplace(std::string(trimView(field.name)), static_cast<int>(impl_->fields.size()));
+  impl_->cells.addColumn(field.type);
   impl_->fields.push_back(std::move(field));
-  impl_->cells.setWidth(impl_->fields.size());
 }
 
 const std::vector<FieldDef>& Recordset::fields() const { return impl_->fields; }
@@ -297,7 +297,7 @@ Value Recordset::get(int index) const {
   field(index);
   long row = currentRow();
   if (row < 0) raiseNoCurrentRecord();
-  return impl_->cells.valueOf(impl_->cells.cell(row, index));
+  return impl_->cells.valueAt(row, index);
 }
 
 Value Recordset::get(std::string_view name) const {
@@ -330,21 +330,22 @@ void checkRow(long row, long rows) {
 Value Recordset::at(long row, int index) const {
   field(index);
   checkRow(row, impl_->rows());
-  return impl_->cells.valueOf(impl_->cells.cell(row, index));
+  return impl_->cells.valueAt(row, index);
 }
 
 std::string Recordset::textAt(long row, int index) const {
   field(index);
   checkRow(row, impl_->rows());
-  return impl_->cells.textOfCell(impl_->cells.cell(row, index));
+  const CellView c = impl_->cells.view(row, index);
+  return isText(c.kind) ? std::string(c.text) : c.value().text();
 }
 
 std::string_view Recordset::textViewAt(long row, int index, std::string& scratch) const {
   field(index);
   checkRow(row, impl_->rows());
-  const Cell& c = impl_->cells.cell(row, index);
-  if (isText(kindOf(c))) return impl_->cells.textOf(c);
-  scratch = impl_->cells.valueOf(c).text();
+  const CellView c = impl_->cells.view(row, index);
+  if (isText(c.kind)) return c.text;
+  scratch = c.value().text();
   return scratch;
 }
 
@@ -363,20 +364,28 @@ void Recordset::copyAt(long row, int index, const Recordset& from, long fromRow,
   checkRow(row, impl_->rows());
   from.field(fromIndex);
   checkRow(fromRow, from.impl_->rows());
-  const Cell& c = from.impl_->cells.cell(fromRow, fromIndex);
-  const CellKind k = kindOf(c);
-  // Null stays Null in any field; text stays text in a text field.
-  if (k == CellKind::Null || (isText(k) && ado::isTextType(f.type))) {
-    impl_->cells.copyTextOrNull(row, index, from.impl_->cells, c);
-  } else {
-    impl_->cells.set(row, index, coerce(from.impl_->cells.valueOf(c), f.type));
+  const int fromType = from.impl_->fields[static_cast<size_t>(fromIndex)].type;
+  // Between fields of one type (any two text types) a cell is copied as it
+  // is stored: the conversion would give it back unchanged.
+  const bool sameType = f.type == fromType || (ado::isTextType(f.type) && ado::isTextType(fromType));
+  if (sameType && impl_->cells.copyCell(row, index, from.impl_->cells, fromRow, fromIndex)) return;
+  const CellView c = from.impl_->cells.view(fromRow, fromIndex);
+  // Text stays text in a text field.
+  if (isText(c.kind) && ado::isTextType(f.type)) {
+    if (&from == this) {
+      impl_->cells.set(row, index, Value(c.text));  // the view is into this store
+    } else {
+      impl_->cells.setText(row, index, c.text);
+    }
+    return;
   }
+  impl_->cells.set(row, index, coerce(c.value(), f.type));
 }
 
 bool Recordset::isNullAt(long row, int index) const {
   field(index);
   checkRow(row, impl_->rows());
-  return isNullish(kindOf(impl_->cells.cell(row, index)));
+  return impl_->cells.isNull(row, index);
 }
 
 void Recordset::setAt(long row, int index, Value v) {

@@ -21,11 +21,13 @@
 // addNew() makes the new row current, so whoever fills a recordset calls
 // moveFirst() before handing it on (the drivers do).
 //
-// Storage (runtime/recordset_cells.h): cells are 16-byte tagged values; texts up to 14 bytes live in the
-// cell, longer ones in a per-recordset text arena (space of overwritten
-// texts is reclaimed once it is half the arena). Rows are held in chunks of
-// 1024, so a large recordset never holds more than one partly used chunk:
-// 100 000 x 30 mixed cells take about 20 bytes a cell.
+// Storage (runtime/recordset_cells.h): cells are held row by row, each at
+// the width of the field's type (4 bytes a Long, 8 a Double or a date, 8 a
+// text plus its bytes in a per-recordset text arena), with a presence bit a
+// cell for Null; space of overwritten texts is reclaimed once it is half the
+// arena. Rows are held in chunks of 1024, so a large recordset never holds
+// more than one partly used chunk: 100 000 x 30 mixed cells take about 12
+// bytes a cell, 1.3 times the raw bytes of their values.
 //
 // A Recordset owns its rows. It is movable and copyable (a copy is a
 // snapshot), and thread-compatible: one thread at a time.

@@ -12,14 +12,98 @@
 
 namespace orvalis::recordset_detail {
 
-uint64_t TextArena::add(std::string_view s) {
-  if (blocks_.empty() || blocks_.back().size() + s.size() > blocks_.back().capacity()) {
-    size_t size = blocks_.empty() ? 1024 : std::min<size_t>(blocks_.back().capacity() * 2, 64 * 1024);
-    blocks_.emplace_back();
-    blocks_.back().reserve(std::max(size, s.size()));
+namespace {
+
+template <typename T>
+T load(const unsigned char* p) {
+  T v;
+  std::memcpy(&v, p, sizeof v);
+  return v;
+}
+
+template <typename T>
+void store(unsigned char* p, T v) {
+  std::memcpy(p, &v, sizeof v);
+}
+
+size_t cellSize(Storage s) {
+  switch (s) {
+    case Storage::Text: return 8;
+    case Storage::Int32: return 4;
+    case Storage::Int64: return 8;
+    case Storage::Double: return 8;
+    case Storage::Date: return 8;
+    case Storage::Boolean: return 1;
+    case Storage::Any: return 16;
   }
-  std::string& block = blocks_.back();
-  uint64_t ref = (static_cast<uint64_t>(blocks_.size() - 1) << 32) | block.size();
+  return 16;
+}
+
+
+int32_t checkedDays(DateTime d) {
+  if (d.days() < std::numeric_limits<int32_t>::min() || d.days() > std::numeric_limits<int32_t>::max()) {
+    raiseOverflow(kSource);
+  }
+  return static_cast<int32_t>(d.days());
+}
+
+}  // namespace
+
+Value CellView::value() const {
+  switch (kind) {
+    case CellKind::Empty: return Value();
+    case CellKind::Null: return Value::null();
+    case CellKind::Boolean: return Value(boolean);
+    case CellKind::Integer: return Value(static_cast<long long>(integer));
+    case CellKind::Double: return Value(number);
+    case CellKind::Text: return Value(text);
+    case CellKind::Date: return Value(date());
+  }
+  return Value::null();
+}
+
+Storage storageFor(int type) {
+  if (ado::isTextType(type)) return Storage::Text;
+  switch (type) {
+    case ado::adInteger:
+    case ado::adSmallInt:
+    case ado::adTinyInt:
+    case ado::adUnsignedTinyInt: return Storage::Int32;
+    case ado::adBigInt: return Storage::Int64;
+    case ado::adSingle:
+    case ado::adDouble:
+    case ado::adDecimal:
+    case ado::adNumeric:
+    case ado::adVarNumeric:
+    case ado::adCurrency: return Storage::Double;
+    case ado::adDate:
+    case ado::adDBTimeStamp:
+    case ado::adDBDate:
+    case ado::adDBTime: return Storage::Date;
+    case ado::adBoolean: return Storage::Boolean;
+    default: return Storage::Any;
+  }
+}
+
+// ---- Text arena ----
+
+uint64_t TextArena::add(std::string_view s) {
+  if (s.empty()) return 0;
+  if (s.size() > kOwnBlock) {
+    if (blocks_.size() >= (size_t{1} << 24)) raiseOverflow(kSource);
+    blocks_.emplace_back(s);
+    used_ += s.size();
+    return (static_cast<uint64_t>(blocks_.size() - 1) << 40) | kLengthMask;
+  }
+  if (current_ == SIZE_MAX || blocks_[current_].size() + s.size() > limit_) {
+    if (blocks_.size() >= (size_t{1} << 24)) raiseOverflow(kSource);
+    limit_ = current_ == SIZE_MAX ? 1024 : std::min<size_t>(limit_ * 2, 64 * 1024);
+    blocks_.emplace_back();
+    blocks_.back().reserve(limit_);
+    current_ = blocks_.size() - 1;
+  }
+  std::string& block = blocks_[current_];
+  const uint64_t ref = (static_cast<uint64_t>(current_) << 40) | (static_cast<uint64_t>(block.size()) << 24) | s.size();
   block.append(s);
   used_ += s.size();
   return ref;
@@ -31,148 +115,322 @@ size_t TextArena::capacity() const {
   return n;
 }
 
+// ---- Cell store ----
+
+void CellStore::addColumn(int type) {
+  const Storage s = storageFor(type);
+  columns_.push_back(Column{s, cellSize(s), rowBytes_});
+  rowBytes_ += cellSize(s);
+  bitBytes_ = (columns_.size() + 7) / 8;
+  rowStride_ = bitBytes_ + rowBytes_;
+}
+
+CellStore::Chunk CellStore::newChunk(long capacity) const {
+  Chunk c;
+  c.capacity = capacity;
+  c.size = static_cast<size_t>(capacity) * rowStride_;
+  c.bytes.reset(new unsigned char[c.size]);
+  return c;
+}
+
+void CellStore::growFirstChunk(long capacity) {
+  Chunk& old = chunks_.front();
+  if (capacity <= old.capacity) return;
+  Chunk c = newChunk(capacity);
+  std::memcpy(c.bytes.get(), old.bytes.get(), old.size);
+  old = std::move(c);
+}
+
 void CellStore::reserve(long rows) {
-  long chunks = (rows + kChunkRows - 1) / kChunkRows;
-  chunks_.reserve(static_cast<size_t>(chunks));
+  reserved_ = std::max(reserved_, rows);
+  chunks_.reserve(static_cast<size_t>((rows + kChunkRows - 1) / kChunkRows));
+  if (chunks_.size() == 1) growFirstChunk(std::min(kChunkRows, rows));
 }
 
 long CellStore::addRow() {
-  if (rows_ % kChunkRows == 0) {
-    chunks_.emplace_back();
-    // Past the first chunk the recordset is large: take whole chunks.
-    if (chunks_.size() > 1) chunks_.back().reserve(static_cast<size_t>(kChunkRows) * width_);
+  const size_t c = static_cast<size_t>(rows_ / kChunkRows);
+  if (c == chunks_.size()) {
+    chunks_.push_back(newChunk(c == 0 ? std::min(kChunkRows, std::max(reserved_, 16L)) : kChunkRows));
+  } else if (rows_ % kChunkRows == chunks_[c].capacity) {
+    growFirstChunk(std::min(kChunkRows, chunks_[c].capacity * 4));  // only the first chunk starts short
   }
-  auto& chunk = chunks_.back();
-  chunk.resize(chunk.size() + width_);
+  std::memset(rowBits(chunks_[c], rows_ % kChunkRows), 0, bitBytes_);  // all Null
   return rows_++;
 }
 
 void CellStore::clear() {
   chunks_.clear();
   arena_ = TextArena();
+  aside_.clear();
   rows_ = 0;
+  reserved_ = 0;
 }
 
-std::string_view CellStore::textOf(const Cell& c) const {
-  if (kindOf(c) == CellKind::ShortText) {
-    return std::string_view(reinterpret_cast<const char*>(c.b + 2), c.b[1]);
+CellView CellStore::viewOf(const AnyCell& c) const {
+  CellView v;
+  v.kind = static_cast<CellKind>(c.b[0]);
+  switch (v.kind) {
+    case CellKind::Boolean: v.boolean = c.b[8] != 0; break;
+    case CellKind::Integer: v.integer = load<int64_t>(c.b + 8); break;
+    case CellKind::Double: v.number = load<double>(c.b + 8); break;
+    case CellKind::Text: v.text = arena_.get(load<uint64_t>(c.b + 8)); break;
+    case CellKind::Date:
+      v.days = load<int32_t>(c.b + 8);
+      v.seconds = load<int32_t>(c.b + 12);
+      break;
+    default: break;
   }
-  return arena_.get(load<uint64_t>(c, 8), load<uint32_t>(c, 4));
+  return v;
 }
 
-Value CellStore::valueOf(const Cell& c) const {
-  switch (kindOf(c)) {
-    case CellKind::Empty: return Value();
-    case CellKind::Null: return Value::null();
-    case CellKind::Boolean: return Value(c.b[8] != 0);
-    case CellKind::Integer: return Value(static_cast<long long>(load<int64_t>(c, 8)));
-    case CellKind::Double: return Value(load<double>(c, 8));
-    case CellKind::ShortText:
-    case CellKind::LongText: return Value(textOf(c));
-    case CellKind::Date: return Value(DateTime::fromDays(load<int32_t>(c, 8), load<int32_t>(c, 12)));
+CellView CellStore::view(long row, int index) const {
+  const Chunk& ch = chunkOf(row);
+  const long r = row % kChunkRows;
+  if (!bit(rowBits(ch, r), index)) {
+    if (aside_.empty()) return CellView{};
+    auto it = aside_.find(asideKey(row, index));
+    return it == aside_.end() ? CellView{} : viewOf(it->second);
   }
-  return Value::null();
+  const Column& col = columns_[static_cast<size_t>(index)];
+  const unsigned char* p = data(ch, col, r);
+  CellView v;
+  switch (col.storage) {
+    case Storage::Text:
+      v.kind = CellKind::Text;
+      v.text = arena_.get(load<uint64_t>(p));
+      break;
+    case Storage::Int32:
+      v.kind = CellKind::Integer;
+      v.integer = load<int32_t>(p);
+      break;
+    case Storage::Int64:
+      v.kind = CellKind::Integer;
+      v.integer = load<int64_t>(p);
+      break;
+    case Storage::Double:
+      v.kind = CellKind::Double;
+      v.number = load<double>(p);
+      break;
+    case Storage::Date:
+      v.kind = CellKind::Date;
+      v.days = load<int32_t>(p);
+      v.seconds = load<int32_t>(p + 4);
+      break;
+    case Storage::Boolean:
+      v.kind = CellKind::Boolean;
+      v.boolean = *p != 0;
+      break;
+    case Storage::Any: {
+      AnyCell c;
+      std::memcpy(c.b, p, sizeof c.b);
+      return viewOf(c);
+    }
+  }
+  return v;
 }
 
-std::string CellStore::textOfCell(const Cell& c) const {
-  return isText(kindOf(c)) ? std::string(textOf(c)) : valueOf(c).text();
+bool CellStore::isNull(long row, int index) const {
+  const Column& col = columns_[static_cast<size_t>(index)];
+  if (col.storage != Storage::Any && bit(rowBits(chunkOf(row), row % kChunkRows), index)) return false;
+  return isNullish(view(row, index).kind);
+}
+
+CellStore::AnyCell CellStore::anyText(std::string_view s) {
+  AnyCell c;
+  c.b[0] = static_cast<unsigned char>(CellKind::Text);
+  store<uint64_t>(c.b + 8, arena_.add(s));
+  return c;
+}
+
+CellStore::AnyCell CellStore::anyCell(const Value& v) {
+  AnyCell c;
+  switch (v.kind()) {
+    case Value::Kind::Empty: c.b[0] = static_cast<unsigned char>(CellKind::Empty); break;
+    case Value::Kind::Null: break;
+    case Value::Kind::Boolean:
+      c.b[0] = static_cast<unsigned char>(CellKind::Boolean);
+      c.b[8] = v.asBool() ? 1 : 0;
+      break;
+    case Value::Kind::Integer:
+      c.b[0] = static_cast<unsigned char>(CellKind::Integer);
+      store<int64_t>(c.b + 8, v.asInteger());
+      break;
+    case Value::Kind::Double:
+      c.b[0] = static_cast<unsigned char>(CellKind::Double);
+      store<double>(c.b + 8, v.asDouble());
+      break;
+    case Value::Kind::Text: return anyText(v.asText());
+    case Value::Kind::Date: {
+      const DateTime d = v.asDate();
+      c.b[0] = static_cast<unsigned char>(CellKind::Date);
+      store<int32_t>(c.b + 8, checkedDays(d));
+      store<int32_t>(c.b + 12, d.secondsOfDay());
+      break;
+    }
+  }
+  return c;
+}
+
+void CellStore::releaseAny(const AnyCell& c) {
+  if (static_cast<CellKind>(c.b[0]) == CellKind::Text) arena_.release(arena_.get(load<uint64_t>(c.b + 8)).size());
+}
+
+void CellStore::releaseCell(long row, int index) {
+  const Chunk& ch = chunkOf(row);
+  const long r = row % kChunkRows;
+  const Column& col = columns_[static_cast<size_t>(index)];
+  if (bit(rowBits(ch, r), index)) {
+    const unsigned char* p = data(ch, col, r);
+    if (col.storage == Storage::Text) {
+      arena_.release(arena_.get(load<uint64_t>(p)).size());
+    } else if (col.storage == Storage::Any) {
+      AnyCell c;
+      std::memcpy(c.b, p, sizeof c.b);
+      releaseAny(c);
+    }
+    return;
+  }
+  if (aside_.empty()) return;
+  auto it = aside_.find(asideKey(row, index));
+  if (it == aside_.end()) return;
+  releaseAny(it->second);
+  aside_.erase(it);
 }
 
 void CellStore::set(long row, int index, const Value& v) {
-  put(cell(row, index), v);
-  compactArenaIfWasteful();
-}
-
-void CellStore::put(Cell& c, const Value& v) {
-  if (v.isText()) {
-    putText(c, v.asText());
-    return;
-  }
-  if (kindOf(c) == CellKind::LongText) arena_.release(load<uint32_t>(c, 4));
-  Cell n;
+  releaseCell(row, index);
+  const Chunk& ch = chunkOf(row);
+  const long r = row % kChunkRows;
+  const Column& col = columns_[static_cast<size_t>(index)];
+  unsigned char* b = rowBits(ch, r);
+  unsigned char* p = data(ch, col, r);
+  bool native = true;
   switch (v.kind()) {
-    case Value::Kind::Empty: n.b[0] = static_cast<unsigned char>(CellKind::Empty); break;
-    case Value::Kind::Null: n.b[0] = static_cast<unsigned char>(CellKind::Null); break;
-    case Value::Kind::Boolean:
-      n.b[0] = static_cast<unsigned char>(CellKind::Boolean);
-      n.b[8] = v.asBool() ? 1 : 0;
+    case Value::Kind::Null: setBit(b, index, false); return;
+    case Value::Kind::Text:
+      if (col.storage != Storage::Text) native = false;
+      else store<uint64_t>(p, arena_.add(v.asText()));
       break;
     case Value::Kind::Integer:
-      n.b[0] = static_cast<unsigned char>(CellKind::Integer);
-      store<int64_t>(n, 8, v.asInteger());
+      if (col.storage == Storage::Int64) store<int64_t>(p, v.asInteger());
+      else if (col.storage == Storage::Int32 && v.asInteger() >= std::numeric_limits<int32_t>::min() &&
+               v.asInteger() <= std::numeric_limits<int32_t>::max()) store<int32_t>(p, static_cast<int32_t>(v.asInteger()));
+      else native = false;
       break;
     case Value::Kind::Double:
-      n.b[0] = static_cast<unsigned char>(CellKind::Double);
-      store<double>(n, 8, v.asDouble());
+      if (col.storage == Storage::Double) store<double>(p, v.asDouble());
+      else native = false;
       break;
-    case Value::Kind::Date: {
-      DateTime d = v.asDate();
-      if (d.days() < std::numeric_limits<int32_t>::min() || d.days() > std::numeric_limits<int32_t>::max()) {
-        raiseOverflow(kSource);
+    case Value::Kind::Date:
+      if (col.storage == Storage::Date) {
+        store<int32_t>(p, checkedDays(v.asDate()));
+        store<int32_t>(p + 4, v.asDate().secondsOfDay());
+      } else {
+        native = false;
       }
-      n.b[0] = static_cast<unsigned char>(CellKind::Date);
-      store<int32_t>(n, 8, static_cast<int32_t>(d.days()));
-      store<int32_t>(n, 12, d.secondsOfDay());
       break;
+    case Value::Kind::Boolean:
+      if (col.storage == Storage::Boolean) *p = v.asBool() ? 1 : 0;
+      else native = false;
+      break;
+    case Value::Kind::Empty: native = false; break;
+  }
+  if (!native) {
+    AnyCell c = anyCell(v);
+    if (col.storage == Storage::Any) {
+      std::memcpy(p, c.b, sizeof c.b);
+    } else {
+      setBit(b, index, false);
+      aside_[asideKey(row, index)] = c;
+      compactArenaIfWasteful();
+      return;
     }
-    case Value::Kind::Text:
-      break;  // above
   }
-  c = n;
-}
-
-void CellStore::putText(Cell& c, std::string_view s) {
-  if (kindOf(c) == CellKind::LongText) arena_.release(load<uint32_t>(c, 4));
-  Cell n;
-  if (s.size() <= kShortText) {
-    n.b[0] = static_cast<unsigned char>(CellKind::ShortText);
-    n.b[1] = static_cast<unsigned char>(s.size());
-    if (!s.empty()) std::memcpy(n.b + 2, s.data(), s.size());  // an empty view may hold no pointer
-  } else {
-    if (s.size() > std::numeric_limits<uint32_t>::max()) raiseOverflow(kSource);
-    n.b[0] = static_cast<unsigned char>(CellKind::LongText);
-    store<uint32_t>(n, 4, static_cast<uint32_t>(s.size()));
-    store<uint64_t>(n, 8, arena_.add(s));
-  }
-  c = n;
+  setBit(b, index, true);
+  compactArenaIfWasteful();
 }
 
 void CellStore::setText(long row, int index, std::string_view text) {
-  putText(cell(row, index), text);
+  const Column& col = columns_[static_cast<size_t>(index)];
+  if (col.storage != Storage::Text) {
+    set(row, index, Value(text));
+    return;
+  }
+  // The text may be in this store's arena: add it before the old one is
+  // released or the arena compacted.
+  const uint64_t ref = arena_.add(text);
+  const Chunk& ch = chunkOf(row);
+  const long r = row % kChunkRows;
+  unsigned char* b = rowBits(ch, r);
+  unsigned char* p = data(ch, col, r);
+  if (bit(b, index)) {
+    arena_.release(arena_.get(load<uint64_t>(p)).size());
+  } else if (!aside_.empty()) {
+    releaseCell(row, index);
+  }
+  store<uint64_t>(p, ref);
+  setBit(b, index, true);
   compactArenaIfWasteful();
 }
 
-void CellStore::copyTextOrNull(long row, int index, const CellStore& from, const Cell& c) {
-  if (isText(kindOf(c))) {
-    // The source may be this store, whose arena may move as it grows.
-    if (&from == this && kindOf(c) == CellKind::LongText) {
-      set(row, index, Value(from.textOf(c)));
-      return;
-    }
-    setText(row, index, from.textOf(c));
-    return;
+bool CellStore::copyCell(long row, int index, const CellStore& from, long fromRow, int fromIndex) {
+  const Column& col = columns_[static_cast<size_t>(index)];
+  const Column& src = from.columns_[static_cast<size_t>(fromIndex)];
+  const Chunk& fch = from.chunkOf(fromRow);
+  const long fr = fromRow % kChunkRows;
+  if (!bit(from.rowBits(fch, fr), fromIndex)) {
+    if (!from.aside_.empty() && from.aside_.count(from.asideKey(fromRow, fromIndex))) return false;
+    if (src.storage == Storage::Any) return false;  // Null or Empty: the caller tells
+    unsigned char* b = rowBits(chunkOf(row), row % kChunkRows);
+    if (bit(b, index) || !aside_.empty()) releaseCell(row, index);
+    setBit(b, index, false);
+    return true;
   }
-  Cell& target = cell(row, index);
-  if (kindOf(target) == CellKind::LongText) arena_.release(load<uint32_t>(target, 4));
-  target = c;
-  compactArenaIfWasteful();
+  if (src.storage != col.storage || col.storage == Storage::Any) return false;
+  const unsigned char* p = from.data(fch, src, fr);
+  if (col.storage == Storage::Text) {
+    setText(row, index, from.arena_.get(load<uint64_t>(p)));
+    return true;
+  }
+  releaseCell(row, index);
+  const Chunk& ch = chunkOf(row);
+  const long r = row % kChunkRows;
+  std::memcpy(data(ch, col, r), p, col.size);
+  setBit(rowBits(ch, r), index, true);
+  return true;
 }
 
 void CellStore::compactArenaIfWasteful() {
   if (!arena_.wantsCompaction()) return;
   TextArena fresh;
-  for (auto& chunk : chunks_) {
-    for (auto& c : chunk) {
-      if (kindOf(c) == CellKind::LongText) store<uint64_t>(c, 8, fresh.add(textOf(c)));
+  for (size_t ci = 0; ci < chunks_.size(); ++ci) {
+    const Chunk& ch = chunks_[ci];
+    const long n = std::min(kChunkRows, rows_ - static_cast<long>(ci) * kChunkRows);
+    for (size_t i = 0; i < columns_.size(); ++i) {
+      const Column& col = columns_[i];
+      if (col.storage != Storage::Text && col.storage != Storage::Any) continue;
+      for (long r = 0; r < n; ++r) {
+        if (!bit(rowBits(ch, r), static_cast<int>(i))) continue;
+        unsigned char* p = data(ch, col, r);
+        if (col.storage == Storage::Any) {
+          if (static_cast<CellKind>(p[0]) != CellKind::Text) continue;
+          p += 8;
+        }
+        store<uint64_t>(p, fresh.add(arena_.get(load<uint64_t>(p))));
+      }
     }
+  }
+  for (auto& [key, c] : aside_) {
+    if (static_cast<CellKind>(c.b[0]) == CellKind::Text) store<uint64_t>(c.b + 8, fresh.add(arena_.get(load<uint64_t>(c.b + 8))));
   }
   arena_ = std::move(fresh);
 }
 
 size_t CellStore::memoryUsage() const {
-  size_t bytes = chunks_.capacity() * sizeof(std::vector<Cell>);
-  for (const auto& chunk : chunks_) bytes += chunk.capacity() * sizeof(Cell);
+  size_t bytes = chunks_.capacity() * sizeof(Chunk);
+  for (const auto& chunk : chunks_) bytes += chunk.size;
   bytes += arena_.capacity();
+  bytes += aside_.size() * (sizeof(AnyCell) + 2 * sizeof(void*) + sizeof(uint64_t)) + aside_.bucket_count() * sizeof(void*);
   return bytes;
 }
 

@@ -263,17 +263,17 @@ bool RowFilter::matches(const CellStore& cells, long row) const { return matches
 
 namespace {
 
-bool clauseMatches(const FilterNode& n, const CellStore& cells, const Cell& c) {
+bool clauseMatches(const FilterNode& n, const CellView& c) {
   CellKind k = kindOf(c);
   if (n.op == Op::IsNull) return isNullish(k);
   if (n.op == Op::IsNotNull) return !isNullish(k);
   if (isNullish(k)) return false;
   const Literal& lit = n.literal;
   if (n.op == Op::Like) {
-    return isText(k) ? likeMatch(cells.textOf(c), lit.text) : likeMatch(cells.valueOf(c).text(), lit.text);
+    return isText(k) ? likeMatch(c.text, lit.text) : likeMatch(c.value().text(), lit.text);
   }
   if (isText(k)) {
-    std::string_view s = cells.textOf(c);
+    std::string_view s = c.text;
     if (lit.kind == Literal::Text) return applyOp(n.op, compareNoCase(s, lit.text));
     if (lit.kind == Literal::Number) {
       auto d = parseNumber(s);
@@ -282,7 +282,7 @@ bool clauseMatches(const FilterNode& n, const CellStore& cells, const Cell& c) {
     auto d = parseDate(s);
     return d && applyOp(n.op, compareNumbers(dateKey(*d), dateKey(lit.date)));
   }
-  Value v = cells.valueOf(c);
+  Value v = c.value();
   if (k == CellKind::Date) {
     int64_t key = dateKey(v.asDate());
     if (lit.kind == Literal::Date) return applyOp(n.op, compareNumbers(key, dateKey(lit.date)));
@@ -304,7 +304,7 @@ bool RowFilter::matches(const CellStore& cells, int at, long row) const {
   switch (n.kind) {
     case FilterNode::And: return matches(cells, n.left, row) && matches(cells, n.right, row);
     case FilterNode::Or: return matches(cells, n.left, row) || matches(cells, n.right, row);
-    case FilterNode::Clause: return clauseMatches(n, cells, cells.cell(row, n.field));
+    case FilterNode::Clause: return clauseMatches(n, cells.view(row, n.field));
   }
   return false;
 }

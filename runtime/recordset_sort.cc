@@ -39,27 +39,23 @@ std::vector<SortKey> parseSort(std::string_view sort, const Recordset& rs) {
   return keys;
 }
 
-int compareCells(const CellStore& cells, const Cell& a, const Cell& b) {
+int compareCells(const CellView& a, const CellView& b) {
   auto rank = [](CellKind k) { return isNullish(k) ? 0 : isText(k) ? 2 : 1; };
-  CellKind ka = kindOf(a), kb = kindOf(b);
-  int ra = rank(ka), rb = rank(kb);
+  const CellKind ka = a.kind, kb = b.kind;
+  const int ra = rank(ka), rb = rank(kb);
   if (ra != rb) return ra < rb ? -1 : 1;
   if (ra == 0) return 0;
-  if (ra == 2) return compareNoCase(cells.textOf(a), cells.textOf(b));
-  if (ka == CellKind::Date && kb == CellKind::Date) {
-    return compareNumbers(dateKey(cells.valueOf(a).asDate()), dateKey(cells.valueOf(b).asDate()));
-  }
-  if (ka == CellKind::Integer && kb == CellKind::Integer) {
-    return compareNumbers(load<int64_t>(a, 8), load<int64_t>(b, 8));
-  }
-  return compareNumbers(cells.valueOf(a).toDouble(), cells.valueOf(b).toDouble());
+  if (ra == 2) return compareNoCase(a.text, b.text);
+  if (ka == CellKind::Date && kb == CellKind::Date) return compareNumbers(dateKey(a.date()), dateKey(b.date()));
+  if (ka == CellKind::Integer && kb == CellKind::Integer) return compareNumbers(a.integer, b.integer);
+  return compareNumbers(a.value().toDouble(), b.value().toDouble());
 }
 
 void sortRows(std::vector<long>& rows, const CellStore& cells, const std::vector<SortKey>& keys) {
   if (keys.empty()) return;
   std::stable_sort(rows.begin(), rows.end(), [&](long a, long b) {
     for (const auto& k : keys) {
-      int c = compareCells(cells, cells.cell(a, k.field), cells.cell(b, k.field));
+      int c = compareCells(cells.view(a, k.field), cells.view(b, k.field));
       if (c != 0) return k.descending ? c > 0 : c < 0;
     }
     return false;

@@ -28,7 +28,7 @@ struct SortKey {
 std::vector<SortKey> parseSort(std::string_view sort, const Recordset& rs);
 
 // Sort order of two cells: Null first, then numbers and dates, then texts.
-int compareCells(const CellStore& cells, const Cell& a, const Cell& b);
+int compareCells(const CellView& a, const CellView& b);
 
 // Orders rows (storage row numbers) by the keys; rows that compare equal
 // keep their order.

@@ -126,13 +126,12 @@ bool Addresses::fncBaseLoop(const std::string& method, Recordset& rsData, Record
     });
 
     step(4, [&] {
-      const Value reportId(kReportId);
       std::string scratch;
       rsData.reserve(rsQuery.recordCount());
       for (rsQuery.moveFirst(); !rsQuery.eof(); rsQuery.moveNext()) {
         const long row = rsQuery.currentRow();
         rsData.addNew();
-        rsData.set(reportIdField, reportId);
+        rsData.setTextAt(rsData.currentRow(), reportIdField, kReportId);
         copier->copy(rsQuery, row, rsData);
         const long employee = employeeIndex.first(rsQuery, row, empColumn);
         if (employee < 0) continue;

@@ -1,6 +1,9 @@
 #include "reports/audit_data/audit_data.h"
 
 #include <array>
+#include <functional>
+#include <string_view>
+#include <vector>
 #include <unordered_map>
 
 #include "component/class_registry.h"
@@ -18,6 +21,12 @@ namespace {
 
 constexpr const char* kReportName = "PNL_AUDIT";
 
+// Hashing for maps probed with a view of a cell's text.
+struct ViewHash {
+  using is_transparent = void;
+  size_t operator()(std::string_view s) const { return std::hash<std::string_view>()(s); }
+};
+
 // A date parameter as the database's date text; anything else is no date.
 std::string dateParameter(const std::string& text, const char* which) {
   std::optional<DateTime> d = parseDate(trim(text));
@@ -32,6 +41,53 @@ const ReportClassInfo& published() {
   static const ReportClassInfo info{"AuditData", {"ExtractData"}, Handler::Block, newReportClass<AuditData>};
   return info;
 }
+
+// Rows by key text, probed once per audit row: open addressing with the
+// keys in the slots (an audit key is short enough to be held inside its
+// string), so a probe is one or two cache lines where a node-based map
+// takes three or more.
+class KeyRows {
+ public:
+  long* find(std::string_view key) {
+    if (slots_.empty()) return nullptr;
+    for (size_t i = hash(key) & mask();; i = (i + 1) & mask()) {
+      Slot& s = slots_[i];
+      if (!s.used) return nullptr;
+      if (s.key == key) return &s.row;
+    }
+  }
+  // Adds a key that find() did not find.
+  long& add(std::string_view key, long row) {
+    if ((used_ + 1) * 2 > slots_.size()) grow();
+    ++used_;
+    return place(std::string(key), row);
+  }
+
+ private:
+  struct Slot {
+    std::string key;
+    long row = -1;
+    bool used = false;
+  };
+  static size_t hash(std::string_view key) { return std::hash<std::string_view>()(key); }
+  size_t mask() const { return slots_.size() - 1; }
+  long& place(std::string key, long row) {
+    size_t i = hash(key) & mask();
+    while (slots_[i].used) i = (i + 1) & mask();
+    slots_[i] = Slot{std::move(key), row, true};
+    return slots_[i].row;
+  }
+  void grow() {
+    std::vector<Slot> old = std::move(slots_);
+    slots_.assign(old.empty() ? 1024 : old.size() * 2, Slot{});
+    for (Slot& s : old) {
+      if (s.used) place(std::move(s.key), s.row);
+    }
+  }
+
+  std::vector<Slot> slots_;  // a power of two, at most half used
+  size_t used_ = 0;
+};
 
 }  // namespace
 
@@ -152,15 +208,30 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
         return Value(fitted(value, fields[column].size));
       };
       // What depends on the employee alone (the 17 EMP_ fields from
-      // column kFirstEmployeeField on) is made once per employee; a million
-      // audit rows name a few thousand employees.
+      // column kFirstEmployeeField on) is made once per employee, in a
+      // recordset of those fields' types; a million audit rows name a few
+      // thousand employees, and each row copies the employee's cells as
+      // they are stored.
       constexpr size_t kFirstEmployeeField = 15;
-      std::vector<std::vector<Value>> employeeFields(static_cast<size_t>(emp.isOpen() ? emp.rowCount() : 0));
-      auto employeeValues = [&](long e) -> const std::vector<Value>& {
-        std::vector<Value>& values = employeeFields[static_cast<size_t>(e)];
-        if (!values.empty()) return values;
+      Recordset employeeCells;
+      for (size_t i = kFirstEmployeeField; i < fields.size(); ++i) {
+        employeeCells.appendField(fields[i].name, fields[i].type, fields[i].size);
+      }
+      employeeCells.open();
+      const int employeeFieldCount = employeeCells.fieldCount();
+      std::vector<long> employeeCellRow(static_cast<size_t>(emp.isOpen() ? emp.rowCount() : 0), -1);
+      auto employeeRow = [&](long e) {
+        long& cached = employeeCellRow[static_cast<size_t>(e)];
+        if (cached >= 0) return cached;
+        employeeCells.addNew();
+        cached = employeeCells.currentRow();
+        int at = 0;
         auto empText = [&](int c) { return trim(emp.textAt(e, c)); };
-        auto add = [&](const std::string& text) { values.push_back(fittedText(kFirstEmployeeField + values.size(), text)); };
+        auto add = [&](const std::string& text) {
+          employeeCells.set(at, Value(fitted(text, fields[kFirstEmployeeField + static_cast<size_t>(at)].size)));
+          ++at;
+        };
+        auto addValue = [&](int c) { employeeCells.set(at++, emp.at(e, c)); };
         add(empText(1));
         add(lookups_.department(empText(1)));
         add(empText(2));
@@ -169,16 +240,16 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
         add(empText(4));
         add(empText(5));
         add(empText(6));
-        values.push_back(emp.at(e, 7));
-        values.push_back(emp.at(e, 8));
-        values.push_back(emp.at(e, 9));
+        addValue(7);
+        addValue(8);
+        addValue(9);
         add(empText(10));
-        values.push_back(emp.at(e, 11));
+        addValue(11);
         add(empText(12));
         add(lookups_.category(empText(12)));
         add(empText(13));
         add(lookups_.payTemplate(empText(13)));
-        return values;
+        return cached;
       };
       // Entity, its caption, field and its caption (columns 1, 2, 4 and
       // 5), once per table and column as the audit rows spell them.
@@ -186,36 +257,43 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
         std::string entity;
         std::array<Value, 4> values;
       };
-      std::unordered_map<std::string, Captions> captions;
-      auto captionValues = [&](const std::string& rawEntity, const std::string& rawField) -> const Captions& {
-        std::string key = rawEntity + '\x1f' + rawField;
-        auto it = captions.find(key);
+      std::unordered_map<std::string, Captions, ViewHash, std::equal_to<>> captions;
+      std::string captionKey;
+      auto captionValues = [&](std::string_view rawEntity, std::string_view rawField) -> const Captions& {
+        captionKey.assign(rawEntity);
+        captionKey += '\x1f';
+        captionKey += rawField;
+        auto it = captions.find(captionKey);
         if (it != captions.end()) return it->second;
         const std::string entity = upperTrim(rawEntity), field = upperTrim(rawField);
         std::array<Value, 4> values = {fittedText(1, entity), fittedText(2, lookups_.entityCaption(entity)),
                                        fittedText(4, field), fittedText(5, lookups_.fieldCaption(entity, field))};
-        return captions.emplace(std::move(key), Captions{entity, std::move(values)}).first->second;
+        return captions.emplace(captionKey, Captions{entity, std::move(values)}).first->second;
       };
-      std::unordered_map<std::string, Value> userNames;
-      auto userNameValue = [&](const std::string& user) -> const Value& {
+      std::unordered_map<std::string, Value, ViewHash, std::equal_to<>> userNames;
+      auto userNameValue = [&](std::string_view user) -> const Value& {
         auto it = userNames.find(user);
-        if (it == userNames.end()) it = userNames.emplace(user, fittedText(9, lookups_.userName(user))).first;
+        if (it == userNames.end()) {
+          it = userNames.emplace(std::string(user), fittedText(9, lookups_.userName(std::string(user)))).first;
+        }
         return it->second;
       };
       const Value reportName = fittedText(0, kReportName);
       std::unordered_map<std::string, Value> times;
-      std::unordered_map<std::string, long> employeeRows;  // by KEY_ID as the audit rows spell it
-      std::string scratch;
+      // By KEY_ID as the audit rows spell it: the employee's row, or -1.
+      KeyRows employeeRows;
+      std::string keyScratch, userScratch, origScratch, actionScratch, entityScratch, fieldScratch, scratch;
 
       rsData.reserve(drv.recordCount());
-      // Rows are read and written by number: the cursor's checks and the
-      // Values get() builds cost more than the rest of a row.
+      // Rows are read and written by number, texts as views of their cells:
+      // the cursor's checks and the Values get() builds cost more than the
+      // rest of a row.
       for (drv.moveFirst(); !drv.eof(); drv.moveNext()) {
         const long d = drv.currentRow();
-        const std::string key = trim(drv.textAt(d, cKey));
-        const std::string user = trim(drv.textAt(d, cUser));
-        const std::string orig = trim(drv.textAt(d, cOrig));
-        actionCode = trim(drv.textAt(d, cAction));
+        const std::string_view key = blankTrimmed(drv.textViewAt(d, cKey, keyScratch));
+        const std::string_view user = blankTrimmed(drv.textViewAt(d, cUser, userScratch));
+        const std::string_view orig = blankTrimmed(drv.textViewAt(d, cOrig, origScratch));
+        actionCode.assign(blankTrimmed(drv.textViewAt(d, cAction, actionScratch)));
         Value time = drv.at(d, cTime);
         if (time.isText() && clockTime(time.asText(), time)) {
           // "HH:MM:SS" as the audit writer stores it, read directly.
@@ -229,7 +307,8 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
         } else if (!time.isNull() && !isDate(time)) {
           time = Value::null();
         }
-        const Captions& captioned = captionValues(drv.textAt(d, cEntity), drv.textAt(d, cField));
+        const Captions& captioned =
+            captionValues(drv.textViewAt(d, cEntity, entityScratch), drv.textViewAt(d, cField, fieldScratch));
         const std::array<Value, 4>& caption = captioned.values;
 
         rsData.addNew();
@@ -251,7 +330,7 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
         putText(3, key);
         put(4, caption[2]);
         put(5, caption[3]);
-        rsData.setAt(r, 6, drv.at(d, cDate));
+        rsData.copyAt(r, 6, drv, d, cDate);
         rsData.setAt(r, 7, std::move(time));
         putText(8, user);
         put(9, userNameValue(user));
@@ -259,13 +338,19 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
         putText(11, blankTrimmed(drv.textViewAt(d, cWas, scratch)));
         putText(12, blankTrimmed(drv.textViewAt(d, cData, scratch)));
         putText(13, orig);
-        putText(14, lookups_.originalDescription(captioned.entity, key, orig));
-        auto known = employeeRows.find(key);
-        if (known == employeeRows.end()) known = employeeRows.emplace(key, lookups_.employeeRow(key)).first;
-        const long e = known->second;
+        if (!orig.empty()) {
+          putText(14, lookups_.originalDescription(captioned.entity, std::string(key), std::string(orig)));
+        } else {
+          putText(14, "");  // as the description of no record
+        }
+        long* known = employeeRows.find(key);
+        if (!known) known = &employeeRows.add(key, lookups_.employeeRow(std::string(key)));
+        const long e = *known;
         if (e < 0) continue;  // no employee: the EMP_ fields stay empty
-        const std::vector<Value>& values = employeeValues(e);
-        for (size_t i = 0; i < values.size(); ++i) put(static_cast<int>(kFirstEmployeeField + i), values[i]);
+        const long cells = employeeRow(e);
+        for (int i = 0; i < employeeFieldCount; ++i) {
+          rsData.copyAt(r, static_cast<int>(kFirstEmployeeField) + i, employeeCells, cells, i);
+        }
       }
       rsData.moveFirst();
       result = true;

@@ -2,7 +2,10 @@
 // and long texts.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "runtime/error.h"
 #include "support/test_environment.h"
@@ -67,6 +70,53 @@ TEST(RecordsetStorage, ShortAndLongTextsSurviveRewrites) {
   // stored as the empty text, not Null (the sanitizer build checks the copy).
   rs.setTextAt(0, 0, std::string_view{});
   EXPECT_EQ(rs.at(0, 0), Value(""));
+}
+
+// Each field type has its own column storage; values of another kind (a
+// text a date field could not read, Empty in a Variant) and Nulls must read
+// back as written across chunks, rewrites and cell copies.
+TEST(RecordsetStorage, EveryStorageKeepsWhatWasWritten) {
+  const std::vector<std::pair<int, std::function<Value(long)>>> columns = {
+      {ado::adVarChar, [](long r) { return Value(std::string(static_cast<size_t>(r % 30), 'x')); }},
+      {ado::adInteger, [](long r) { return Value(r * 1000); }},
+      {ado::adBigInt, [](long r) { return Value(static_cast<long long>(r) << 40); }},
+      {ado::adCurrency, [](long r) { return Value(r / 4.0); }},
+      {ado::adDBTimeStamp, [](long r) { return r % 5 ? Value(DateTime::fromDays(40000 + r, 61)) : Value("no date"); }},
+      {ado::adBoolean, [](long r) { return Value(r % 2 == 0); }},
+      {ado::adVariant, [](long r) { return r % 3 == 0 ? Value() : r % 3 == 1 ? Value("v") : Value(r); }},
+  };
+  Recordset rs;
+  for (size_t c = 0; c < columns.size(); ++c) rs.appendField("F" + std::to_string(c), columns[c].first, 0);
+  const long rows = 2500;  // past the first chunk, which grows from a few rows
+  const auto expected = [&](long r, size_t c) { return r % 7 == 3 ? Value::null() : columns[c].second(r); };
+  for (long r = 0; r < rows; ++r) {
+    rs.addNew();
+    for (size_t c = 0; c < columns.size(); ++c) {
+      rs.set(static_cast<int>(c), Value("0"));  // overwritten: no trace may remain
+      rs.set(static_cast<int>(c), expected(r, c));
+    }
+  }
+  Recordset copy;
+  for (const FieldDef& f : rs.fields()) copy.appendField(f);
+  for (long r = 0; r < rows; ++r) {
+    copy.addNew();
+    for (int c = 0; c < copy.fieldCount(); ++c) copy.copyAt(r, c, rs, r, c);
+  }
+  for (long r = 0; r < rows; ++r) {
+    for (size_t c = 0; c < columns.size(); ++c) {
+      ASSERT_EQ(rs.at(r, static_cast<int>(c)), expected(r, c)) << r << " " << c;
+      ASSERT_EQ(copy.at(r, static_cast<int>(c)), expected(r, c)) << r << " " << c;
+      ASSERT_EQ(copy.isNullAt(r, static_cast<int>(c)), expected(r, c).isNull() || expected(r, c).isEmpty());
+    }
+  }
+  // A copy into a field of another type is converted, and refused when the
+  // value does not fit.
+  Recordset small;
+  small.appendField("S", ado::adSmallInt, 2);
+  small.addNew();
+  small.copyAt(0, 0, rs, 30, 1);
+  EXPECT_EQ(small.at(0, 0), Value(30000));
+  EXPECT_EQ(errorNumber([&] { small.copyAt(0, 0, rs, 40, 1); }), err::kMultipleStep);
 }
 
 }  // namespace
