@@ -25,6 +25,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -72,6 +73,11 @@ class DemoFolder {
     const fs::path base = fs::read_symlink("/proc/self/exe").parent_path();
     dir_ = (base / "golden-demo").string();
     const int lock = ::open((base / "golden-demo.lock").c_str(), O_RDWR | O_CREAT, 0644);
+    // Closed on every way out: a second lock of this process on another
+    // descriptor would wait for ever on a lock left open by a throw.
+    const std::unique_ptr<const int, void (*)(const int*)> unlock(&lock, [](const int* fd) {
+      if (*fd >= 0) ::close(*fd);
+    });
     if (lock < 0 || ::flock(lock, LOCK_EX) != 0) {
       failure_ = "cannot lock " + (base / "golden-demo.lock").string();
       return;
@@ -88,7 +94,6 @@ class DemoFolder {
         failure_ = "demo-db failed: " + made.err;
       }
     }
-    ::close(lock);
   }
 
   static std::string stampText() {
