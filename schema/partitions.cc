@@ -36,22 +36,6 @@ void checkCompanyCode(const std::string& company) {
   }
 }
 
-template <typename Body>
-void inTransaction(Connection& connection, Body&& body) {
-  connection.begin();
-  try {
-    body();
-    connection.commit();
-  } catch (...) {
-    try {
-      connection.rollback();
-    } catch (...) {
-      // The original failure is the one worth reporting.
-    }
-    throw;
-  }
-}
-
 std::vector<const TableDef*> companyTables() {
   std::vector<const TableDef*> tables;
   for (const TableDef& t : schemaModel().tables) {

@@ -15,23 +15,6 @@ namespace {
 
 constexpr const char* kSource = "ORVALIS.Schema";
 
-// Runs body inside a transaction, rolling back when it fails.
-template <typename Body>
-void inTransaction(Connection& connection, Body&& body) {
-  connection.begin();
-  try {
-    body();
-    connection.commit();
-  } catch (...) {
-    try {
-      connection.rollback();
-    } catch (...) {
-      // The original failure is the one worth reporting.
-    }
-    throw;
-  }
-}
-
 void writeDictionary(Connection& connection, const DdlModel& model) {
   std::vector<DictionaryEntity> entities = dictionaryEntities(model);
   size_t next = 0;

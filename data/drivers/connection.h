@@ -98,6 +98,25 @@ struct ConnectionOptions {
   int timeoutSeconds = 0;
 };
 
+// Runs body inside a transaction of the connection: commits when it
+// returns, rolls back and rethrows when it throws (a failing rollback never
+// hides the body's own error).
+template <typename Body>
+void inTransaction(Connection& connection, Body&& body) {
+  connection.begin();
+  try {
+    body();
+    connection.commit();
+  } catch (...) {
+    try {
+      connection.rollback();
+    } catch (...) {
+      // The original failure is the one worth reporting.
+    }
+    throw;
+  }
+}
+
 // Opens a connection from a URL:
 //   sqlite:PATH                 (PATH may be :memory:)
 //   postgresql://... or postgres://...  (a libpq connection URI)
