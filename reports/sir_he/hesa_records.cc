@@ -1,6 +1,7 @@
 #include "reports/sir_he/hesa_records.h"
 
 
+#include <algorithm>
 #include <unordered_map>
 
 #include "data/data_functions.h"
@@ -47,12 +48,10 @@ class PerEmployeeReads final : public HesaRecordSource {
   RecordRows person() override {
     sql_ = personRowSql(variation_, empId_);
     gfncOpenRecordset(sql_, person_);
-    std::vector<long> rows = allRows(person_);
-    // The check reads the first row. erase, not resize(1): at -O3 GCC 12
-    // inlines resize's never-taken growing branch and reports a false
-    // -Warray-bounds in it (one of the GCC meta-bug 56456 family).
-    if (rows.size() > 1) rows.erase(rows.begin() + 1, rows.end());
-    return {&person_, std::move(rows), 0, person_.fieldCount()};
+    personRows_ = allRows(person_);
+    // The check reads the first row.
+    return {&person_, std::span<const long>(personRows_).first(std::min<size_t>(personRows_.size(), 1)), 0,
+            person_.fieldCount()};
   }
 
   bool contractsExist() override {
@@ -63,7 +62,8 @@ class PerEmployeeReads final : public HesaRecordSource {
   RecordRows contracts() override {
     sql_ = contractRowsSql(variation_, empId_);
     gfncOpenRecordset(sql_, contracts_);
-    return {&contracts_, allRows(contracts_), 0, contracts_.fieldCount()};
+    contractRows_ = allRows(contracts_);
+    return {&contracts_, contractRows_, 0, contracts_.fieldCount()};
   }
 
   const std::string& sql() const override { return sql_; }
@@ -74,6 +74,8 @@ class PerEmployeeReads final : public HesaRecordSource {
   std::string sql_;
   Recordset person_;
   Recordset contracts_;
+  std::vector<long> personRows_;
+  std::vector<long> contractRows_;
 };
 
 class CompanyReads final : public HesaRecordSource {
@@ -95,7 +97,7 @@ class CompanyReads final : public HesaRecordSource {
 
   RecordRows person() override {
     if (!personsRead_) return (usingFallback_ = true, fallback_.person());
-    return {&persons_, {current_->person}, 0, persons_.fieldCount()};
+    return {&persons_, std::span<const long>(&current_->person, 1), 0, persons_.fieldCount()};
   }
 
   bool contractsExist() override {
@@ -151,11 +153,18 @@ class CompanyReads final : public HesaRecordSource {
     if (!rs.isOpen() || empColumn < 0) return;
     std::unordered_map<std::string, std::vector<Filed*>> loose;
     std::string scratch;
+    // Rows come ordered by EMP_ID: an employee's rows follow each other.
+    std::string previous;
+    int32_t previousAt = -1;
     for (long r = 0; r < rs.rowCount(); ++r) {
       if (rs.isDeleted(r)) continue;
       const std::string_view id = rs.textViewAt(r, empColumn, scratch);
-      if (const int32_t at = index_.find(id); at >= 0) {
-        file(filed_[static_cast<size_t>(at)], r);
+      if (previousAt < 0 || id != previous) {
+        previousAt = index_.find(id);
+        previous.assign(id);
+      }
+      if (previousAt >= 0) {
+        file(filed_[static_cast<size_t>(previousAt)], r);
         continue;
       }
       if (!looseIds_) continue;

@@ -38,6 +38,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -49,7 +50,7 @@ namespace orvalis::reports::hesa {
 // Some rows of a recordset and the columns to check in them.
 struct RecordRows {
   const Recordset* rs = nullptr;
-  std::vector<long> rows;  // storage row numbers
+  std::span<const long> rows;  // storage row numbers, held by the source until its next call
   int firstColumn = 0;
   int endColumn = 0;  // one past the last column checked
 };

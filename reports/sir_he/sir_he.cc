@@ -35,12 +35,12 @@ using namespace hesa;
 
 namespace {
 
-// The house date format the component writes dates in.
-constexpr const char* kDateFormat = "DD/MM/YYYY";
-
-std::string dateText(const Value& v) {
-  if (v.isDate()) return formatDate(v.asDate(), kDateFormat);
-  return trim(v.text());
+// Whether a date cell would be written as "" in the house date format: it
+// is Null or blank text (a date is never written empty).
+bool blankDate(const Recordset& rs, long row, int column) {
+  if (rs.isNullAt(row, column)) return true;
+  const Value v = rs.at(row, column);
+  return !v.isDate() && trim(v.text()).empty();
 }
 
 // A date as the database's sortable date text ("YYYY-MM-DD"), which the
@@ -147,7 +147,7 @@ bool SIR_HE::fncBaseLoop(const std::string& reportName, Recordset& rsData) {
         e.empId = text(cEmp);
         empId = e.empId;
         e.knownAs = text(cKnown);
-        e.dateBirth = dateText(drv.at(row, cBirth));
+        e.noBirthDate = blankDate(drv, row, cBirth);
         e.sexId = text(cSex);
         e.hesaId = text(cHesa);
         source->employee(e.empId);
@@ -172,7 +172,7 @@ void SIR_HE::checkEmployee(const std::string& reportName, const Employee& e, Hes
   }
   if (valid) {
     RecordRows person = source.person();
-    if (e.dateBirth.empty()) {
+    if (e.noBirthDate) {
       addRow(rsData, reportName, e, kPersonRecord, "BIRTHDATE", lookups_.label(kBirthDateLabel), "",
              kFieldIsEmpty);
     }

@@ -72,7 +72,7 @@ class SIR_HE final : public ReportClass, public StringExtract {
   struct Employee {
     std::string empId;
     std::string knownAs;
-    std::string dateBirth;
+    bool noBirthDate = false;  // the date of birth is Null or blank
     std::string sexId;
     std::string hesaId;
   };
