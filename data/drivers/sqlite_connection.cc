@@ -233,11 +233,15 @@ class SqliteConnection final : public Connection {
       rs.addNew();
       const long at = rs.currentRow();
       for (int i = 0; i < n; ++i) {
-        const int storage = sqlite3_column_type(statement, i);
+        // One column call a cell instead of three: the connection has no
+        // mutex (multi-thread mode), where SQLite makes no difference
+        // between the column's unprotected value and a protected one.
+        sqlite3_value* const cell = sqlite3_column_value(statement, i);
+        const int storage = sqlite3_value_type(cell);
         if (storage == SQLITE_NULL) continue;  // the new row holds Nulls
         if (storage == SQLITE_TEXT && textField[static_cast<size_t>(i)]) {
-          const char* p = reinterpret_cast<const char*>(sqlite3_column_text(statement, i));
-          rs.setTextAt(at, i, std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(statement, i))));
+          const char* p = reinterpret_cast<const char*>(sqlite3_value_text(cell));
+          rs.setTextAt(at, i, std::string_view(p, static_cast<size_t>(sqlite3_value_bytes(cell))));
           continue;
         }
         const Column& c = columns[static_cast<size_t>(i)];
