@@ -137,18 +137,21 @@ const std::string& HesaLookups::description(const CodeDescriptions* codes, std::
   return it == codes->end() ? kNothing : it->second;
 }
 
-TextSlots HesaLookups::validCodes(const CodeDescriptions* codes) {
-  TextSlots valid(codes ? codes->size() : 0);
+CodeSet HesaLookups::validCodes(const CodeDescriptions* codes) {
+  CodeSet valid(codes ? codes->size() : 0);
   if (codes == nullptr) return valid;
   for (const auto& [code, description] : *codes) {
-    if (!description.empty()) valid.insert(code, 1);
+    if (!description.empty()) valid.insert(code);
   }
   return valid;
 }
 
-bool HesaLookups::validCode(const TextSlots& valid, std::string_view code) {
+bool HesaLookups::validCode(const CodeSet& valid, std::string_view code) {
   std::string scratch;
-  return valid.find(codeKey(code, scratch)) >= 0;
+  const size_t first = code.find_first_not_of(' ');
+  if (first == std::string_view::npos) code = {};
+  else code = code.substr(first, code.find_last_not_of(' ') - first + 1);
+  return valid.contains(code, scratch);
 }
 
 }  // namespace orvalis::reports::hesa

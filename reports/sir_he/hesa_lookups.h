@@ -28,7 +28,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "reports/sir_he/text_slots.h"
+#include "reports/sir_he/code_set.h"
 
 namespace orvalis::reports::hesa {
 
@@ -58,8 +58,8 @@ class HesaLookups {
   static const std::string& description(const CodeDescriptions* codes, std::string_view code);
   // The codes of a set whose description is not "" (views into the set),
   // and the test description(codes, code) != "" against them.
-  static TextSlots validCodes(const CodeDescriptions* codes);
-  static bool validCode(const TextSlots& valid, std::string_view code);
+  static CodeSet validCodes(const CodeDescriptions* codes);
+  static bool validCode(const CodeSet& valid, std::string_view code);
 
   // The SQL of the structure-only query of a table's column list.
   static std::string structureSql(const std::string& table, const std::string& columns,

@@ -199,6 +199,7 @@ void SIR_HE::checkRecords(const char* table, const RecordRows& records, const Em
   const Recordset& rs = *records.rs;
   const int seqColumn = tableChecks.seqColumn;
   std::string scratch;
+  std::string upperCased;
   std::string recordType;
   for (long row : records.rows) {
     // The record type is only written with a defect.
@@ -226,7 +227,7 @@ void SIR_HE::checkRecords(const char* table, const RecordRows& records, const Em
       const char* defect = nullptr;
       if (value.empty()) {
         defect = kFieldIsEmpty;
-      } else if (check.coded && !HesaLookups::validCode(check.validCodes, value)) {
+      } else if (check.coded && !check.validCodes.contains(value, upperCased)) {
         defect = kInvalidValue;
       }
       if (defect != nullptr) addRow(rsData, reportName, e, type(), check.name, check.label, value, defect);

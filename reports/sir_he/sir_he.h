@@ -81,7 +81,7 @@ class SIR_HE final : public ReportClass, public StringExtract {
     std::string name;
     std::string label;
     bool coded = false;  // drawn from a real code table: its codes are tested
-    hesa::TextSlots validCodes;  // codes with a description (views into lookups_)
+    hesa::CodeSet validCodes;    // codes with a description (views into lookups_)
     bool textField = false;      // the recordset's field holds texts
   };
 
