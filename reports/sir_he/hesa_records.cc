@@ -97,7 +97,7 @@ class CompanyReads final : public HesaRecordSource {
 
   RecordRows person() override {
     if (!personsRead_) return (usingFallback_ = true, fallback_.person());
-    return {&persons_, std::span<const long>(&current_->person, 1), 0, persons_.fieldCount()};
+    return {&persons_, std::span<const long>(&current_->person, 1), 0, persons_.fieldCount(), true};
   }
 
   bool contractsExist() override {
@@ -108,7 +108,7 @@ class CompanyReads final : public HesaRecordSource {
   RecordRows contracts() override {
     if (!contractsRead_) return (usingFallback_ = true, fallback_.contracts());
     // EMP_ID, read last to file the rows, is not one of the checked columns.
-    return {&contracts_, current_->contracts, 0, contracts_.fieldCount() - 1};
+    return {&contracts_, current_->contracts, 0, contracts_.fieldCount() - 1, true};
   }
 
   const std::string& sql() const override { return usingFallback_ ? fallback_.sql() : sql_; }

@@ -53,6 +53,9 @@ struct RecordRows {
   std::span<const long> rows;  // storage row numbers, held by the source until its next call
   int firstColumn = 0;
   int endColumn = 0;  // one past the last column checked
+  // rs holds the whole company's records of its table and stays as it is
+  // for the rest of the call, so it may be checked once, row after row.
+  bool wholeTable = false;
 };
 
 enum class RecordReads { PerEmployee, WholeCompany };

@@ -191,60 +191,93 @@ void SIR_HE::checkEmployee(const std::string& reportName, const Employee& e, Hes
   checkRecords(kContractTable, source.contracts(), e, reportName, rsData);
 }
 
+void SIR_HE::findDefects(TableChecks& checks, const Recordset& rs, int firstColumn, long row,
+                         std::vector<Defect>& out, std::string& scratch, std::string& upperCased) {
+  for (size_t i = 0; i < checks.columns.size(); ++i) {
+    const ColumnCheck& check = checks.columns[i];
+    const int column = firstColumn + static_cast<int>(i);
+    std::string_view value;
+    bool ownText = false;
+    if (check.textField) {
+      // The view is into scratch when the cell holds no text.
+      scratch.clear();
+      value = blankTrimmed(rs.textViewAt(row, column, scratch));
+      ownText = !scratch.empty();
+    } else {
+      // A number's or a date's text is never empty: it is only needed
+      // for a code.
+      Value cell = rs.at(row, column);
+      if (!cell.isNull() && !cell.isText() && !check.coded) continue;
+      scratch = cell.text();
+      value = blankTrimmed(scratch);
+      ownText = true;
+    }
+    const char* defect = nullptr;
+    if (value.empty()) {
+      defect = kFieldIsEmpty;
+    } else if (check.coded && !check.validCodes.contains(value, upperCased)) {
+      defect = kInvalidValue;
+    }
+    if (defect == nullptr) continue;
+    if (ownText && !value.empty()) value = checks.texts.emplace_back(value);
+    out.push_back({static_cast<uint32_t>(i), defect, value});
+  }
+}
+
 void SIR_HE::checkRecords(const char* table, const RecordRows& records, const Employee& e,
                           const std::string& reportName, Recordset& rsData) {
   const bool contract = std::string_view(table) == kContractTable;
-  const TableChecks& tableChecks = columnChecks(table, records);
-  const std::vector<ColumnCheck>& checks = tableChecks.columns;
+  TableChecks& tableChecks = columnChecks(table, records);
   const Recordset& rs = *records.rs;
-  const int seqColumn = tableChecks.seqColumn;
   std::string scratch;
   std::string upperCased;
+  if (records.wholeTable && !tableChecks.scanned) {
+    tableChecks.scanned = true;
+    tableChecks.firstDefect.assign(static_cast<size_t>(rs.rowCount()) + 1, 0);
+    for (long row = 0; row < rs.rowCount(); ++row) {
+      tableChecks.firstDefect[static_cast<size_t>(row)] = static_cast<uint32_t>(tableChecks.defects.size());
+      if (rs.isDeleted(row)) continue;
+      findDefects(tableChecks, rs, records.firstColumn, row, tableChecks.defects, scratch, upperCased);
+    }
+    tableChecks.firstDefect.back() = static_cast<uint32_t>(tableChecks.defects.size());
+  }
   std::string recordType;
   for (long row : records.rows) {
+    std::span<const Defect> defects;
+    if (records.wholeTable) {
+      const Defect* all = tableChecks.defects.data();
+      defects = std::span<const Defect>(all + tableChecks.firstDefect[static_cast<size_t>(row)],
+                                        all + tableChecks.firstDefect[static_cast<size_t>(row) + 1]);
+    } else {
+      rowDefects_.clear();
+      findDefects(tableChecks, rs, records.firstColumn, row, rowDefects_, scratch, upperCased);
+      defects = rowDefects_;
+    }
+    const bool staffIdMissing = contract && e.hesaId.empty();
+    if (defects.empty() && !staffIdMissing) continue;
     // The record type is only written with a defect.
-    recordType.clear();
-    const auto type = [&]() -> const std::string& {
-      if (recordType.empty()) {
-        recordType = contract ? kContractPrefix + trim(rs.textAt(row, seqColumn)) : kPersonRecord;
-      }
-      return recordType;
-    };
-    for (size_t i = 0; i < checks.size(); ++i) {
-      const ColumnCheck& check = checks[i];
-      const int column = records.firstColumn + static_cast<int>(i);
-      std::string_view value;
-      if (check.textField) {
-        value = blankTrimmed(rs.textViewAt(row, column, scratch));
-      } else {
-        // A number's or a date's text is never empty: it is only needed
-        // for a code.
-        Value cell = rs.at(row, column);
-        if (!cell.isNull() && !cell.isText() && !check.coded) continue;
-        scratch = cell.text();
-        value = blankTrimmed(scratch);
-      }
-      const char* defect = nullptr;
-      if (value.empty()) {
-        defect = kFieldIsEmpty;
-      } else if (check.coded && !check.validCodes.contains(value, upperCased)) {
-        defect = kInvalidValue;
-      }
-      if (defect != nullptr) addRow(rsData, reportName, e, type(), check.name, check.label, value, defect);
+    recordType = contract ? kContractPrefix + trim(rs.textAt(row, tableChecks.seqColumn)) : kPersonRecord;
+    for (const Defect& d : defects) {
+      const ColumnCheck& check = tableChecks.columns[d.check];
+      addRow(rsData, reportName, e, recordType, check.name, check.label, d.value, d.error);
     }
     // The staff identifier is reported once per contract.
-    if (contract && e.hesaId.empty()) {
-      addRow(rsData, reportName, e, type(), "STAFF_ID", lookups_.label(kStaffIdLabel), "", kFieldIsEmpty);
+    if (staffIdMissing) {
+      addRow(rsData, reportName, e, recordType, "STAFF_ID", lookups_.label(kStaffIdLabel), "", kFieldIsEmpty);
     }
   }
 }
 
-const SIR_HE::TableChecks& SIR_HE::columnChecks(const char* table, const RecordRows& records) {
+SIR_HE::TableChecks& SIR_HE::columnChecks(const char* table, const RecordRows& records) {
   TableChecks& checks = std::string_view(table) == kContractTable ? contractChecks_ : personChecks_;
   const Recordset& rs = *records.rs;
   const size_t count = static_cast<size_t>(records.endColumn - records.firstColumn);
   // The same recordset as last time: the same layout.
   if (checks.rs == &rs && checks.fields == rs.fields().data() && checks.columns.size() == count) return checks;
+  checks.scanned = false;
+  checks.firstDefect.clear();
+  checks.defects.clear();
+  checks.texts.clear();
   bool same = checks.columns.size() == count;
   for (size_t i = 0; same && i < count; ++i) {
     const FieldDef& field = rs.field(records.firstColumn + static_cast<int>(i));

@@ -27,6 +27,8 @@
 // keeps its collections and statements for one call; single-threaded.
 #pragma once
 
+#include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -90,14 +92,31 @@ class SIR_HE final : public ReportClass, public StringExtract {
                      Recordset& rsData);
   void checkRecords(const char* table, const hesa::RecordRows& records, const Employee& e,
                     const std::string& reportName, Recordset& rsData);
+  // A checked cell that gives a row: its column check, the defect and the
+  // value as found (a view into the recordset or into TableChecks::texts).
+  struct Defect {
+    uint32_t check;
+    const char* error;
+    std::string_view value;
+  };
   // The checks of one table's columns and the layout they were made for.
+  // A whole-company recordset is checked once in storage order (its rows'
+  // cells and texts lie in that order in memory) and its defects kept by
+  // row, then written out employee by employee in the driving order.
   struct TableChecks {
     const Recordset* rs = nullptr;
     const FieldDef* fields = nullptr;  // rs->fields().data() when made
     int seqColumn = -1;
     std::vector<ColumnCheck> columns;
+    bool scanned = false;               // rs checked whole, below
+    std::vector<uint32_t> firstDefect;  // by storage row, one past the end
+    std::vector<Defect> defects;
+    std::deque<std::string> texts;  // values that are not texts in rs, as texts
   };
-  const TableChecks& columnChecks(const char* table, const hesa::RecordRows& records);
+  TableChecks& columnChecks(const char* table, const hesa::RecordRows& records);
+  // Appends the defects of one row of rs.
+  static void findDefects(TableChecks& checks, const Recordset& rs, int firstColumn, long row,
+                          std::vector<Defect>& out, std::string& scratch, std::string& upperCased);
   void addRow(Recordset& rsData, const std::string& reportName, const Employee& e,
               std::string_view recordType, std::string_view fieldId, std::string_view fieldDesc,
               std::string_view value, std::string_view error);
@@ -109,6 +128,7 @@ class SIR_HE final : public ReportClass, public StringExtract {
   hesa::HesaLookups lookups_;
   TableChecks personChecks_;
   TableChecks contractChecks_;
+  std::vector<Defect> rowDefects_;  // one row's, when not checked whole
 };
 
 // Adds the class to the registry (reports/report_classes.h).
