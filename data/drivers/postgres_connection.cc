@@ -375,10 +375,21 @@ class PostgresConnection final : public Connection {
       if (PQgetisnull(r, row, i)) return std::nullopt;
       return std::string(PQgetvalue(r, row, i), static_cast<size_t>(PQgetlength(r, row, i)));
     };
+    // Text bound for a text field goes straight into its cell.
+    std::vector<char> textField(static_cast<size_t>(n));
+    for (int i = 0; i < n; ++i) {
+      textField[static_cast<size_t>(i)] =
+          kinds[static_cast<size_t>(i)] == ColumnKind::Text && ado::isTextType(rs.field(i).type);
+    }
     for (; row < rows; ++row) {
       rs.addNew();
+      const long at = rs.currentRow();
       for (int i = 0; i < n; ++i) {
         if (PQgetisnull(r, row, i)) continue;  // addNew filled the row with Nulls
+        if (textField[static_cast<size_t>(i)]) {
+          rs.setTextAt(at, i, std::string_view(PQgetvalue(r, row, i), static_cast<size_t>(PQgetlength(r, row, i))));
+          continue;
+        }
         storeColumnValue(rs, i, decode(PQgetvalue(r, row, i), PQgetlength(r, row, i), kinds[static_cast<size_t>(i)]),
                          kDriver, source);
       }
