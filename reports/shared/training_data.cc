@@ -139,6 +139,12 @@ std::string describe(const Codes& codes, const std::string& code) {
   return it == codes.end() ? std::string() : it->second;
 }
 
+std::string_view describeView(const Codes& codes, std::string_view code) {
+  if (code.empty()) return {};
+  auto it = codes.find(code);
+  return it == codes.end() ? std::string_view() : std::string_view(it->second);
+}
+
 std::unordered_set<std::string> readDeletedJobs(const std::string& variation, const std::string& source) {
   Recordset rs = readRows("SELECT CODE_ID, STATUS_ID FROM PNLJOB WHERE VARIATION_ID = '" + sqlQuote(variation) + "'",
                           source);

@@ -24,10 +24,12 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 
 #include "component/parameters.h"
+#include "reports/shared/text_hash.h"
 #include "runtime/date_time.h"
 #include "runtime/recordset.h"
 
@@ -83,7 +85,8 @@ std::string postsSql(const std::string& variation, const std::string& from, cons
 std::string eventsSql(const std::string& variation, const std::string& from, const std::string& to,
                       const std::string& selection, bool startingIn);
 
-using Codes = std::unordered_map<std::string, std::string>;
+// Keyed by the upper-cased, trimmed code; probed with a view.
+using Codes = std::unordered_map<std::string, std::string, TextHash, std::equal_to<>>;
 
 // The rows of a statement; a statement that cannot be run raises an error
 // that names it.
@@ -92,6 +95,8 @@ Recordset readRows(const std::string& sql, const std::string& source);
 Codes readCodeTable(const std::string& table, const std::string& variation, const std::string& source);
 // The description of a code ("" when the code is empty or unknown).
 std::string describe(const Codes& codes, const std::string& code);
+// The same for a code already upper-cased and trimmed, without a copy.
+std::string_view describeView(const Codes& codes, std::string_view code);
 // The codes of the company's deleted jobs.
 std::unordered_set<std::string> readDeletedJobs(const std::string& variation, const std::string& source);
 
@@ -101,7 +106,7 @@ struct Course {
   std::string provider;
   std::optional<bool> cpd;
 };
-using Courses = std::unordered_map<std::string, Course>;
+using Courses = std::unordered_map<std::string, Course, TextHash, std::equal_to<>>;
 Courses readCourses(const std::string& variation, const std::string& source);
 
 }  // namespace orvalis::reports::training

@@ -11,7 +11,9 @@
 #include "data/data_functions.h"
 #include "data/dialect_functions.h"
 #include "data/sql_text.h"
+#include "reports/shared/blank_trimmed.h"
 #include "reports/shared/query_driving.h"
+#include "reports/shared/text_hash.h"
 #include "runtime/ado.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
@@ -52,6 +54,48 @@ constexpr const char* kGroups[] = {"DEPT_ID", "LOC_ID", "COURSE_ID", "CRS_TYPE_I
 Value share(double amount, size_t count) {
   return count == 0 ? Value::null() : Value(training::rounded(amount / static_cast<double>(count), 2));
 }
+
+// A code cell as codes are compared: trimmed and upper-cased. A view of the
+// cell when it is upper case already (codes nearly always are), else the
+// upper-cased copy in `scratch` (as upperTrim, which leaves ASCII that is
+// not a lower-case letter as it is).
+std::string_view codeView(const Recordset& rs, long row, int index, std::string& cell, std::string& scratch) {
+  const std::string_view text = blankTrimmed(rs.textViewAt(row, index, cell));
+  const auto mayChange = [](char c) { return (c >= 'a' && c <= 'z') || static_cast<unsigned char>(c) >= 0x80; };
+  if (std::none_of(text.begin(), text.end(), mayChange)) return text;
+  scratch = ucase(text);
+  return scratch;
+}
+
+// The places (department, location) of the company's posts, by employee and
+// post number: "EMP_ID|SEQ_ID" with the employee upper-cased and trimmed.
+class PostPlaces {
+ public:
+  void read(const Recordset& rs) {
+    places_.reserve(static_cast<size_t>(rs.rowCount()));
+    std::string cell, upper;
+    for (long r = 0; r < rs.rowCount(); ++r) {
+      std::string k = key(codeView(rs, r, 0, cell, upper), static_cast<long>(training::numberOfCell(rs.at(r, 1))));
+      places_.emplace(std::move(k), std::make_pair(upperTrim(rs.textAt(r, 2)), upperTrim(rs.textAt(r, 3))));
+    }
+  }
+  const std::pair<std::string, std::string>* find(std::string_view emp, long seq) {
+    probe_ = key(emp, seq);
+    auto it = places_.find(std::string_view(probe_));
+    return it == places_.end() ? nullptr : &it->second;
+  }
+
+ private:
+  static std::string key(std::string_view emp, long seq) {
+    std::string k;
+    k.reserve(emp.size() + 12);
+    k.append(emp).push_back('|');
+    k.append(std::to_string(seq));
+    return k;
+  }
+  std::unordered_map<std::string, std::pair<std::string, std::string>, TextHash, std::equal_to<>> places_;
+  std::string probe_;
+};
 
 // One event as both extracts see it.
 struct Event {
@@ -119,22 +163,18 @@ bool TrainingCosts::baseLoop(const std::string& method, Recordset& rsData, Recor
     const std::string v = gfncCompanyCode();
     training::Codes departments, locations, types;
     training::Courses courses;
-    std::unordered_map<std::string, std::pair<std::string, std::string>> postPlaces;  // EMP|SEQ -> dept, loc
+    PostPlaces postPlaces;
     step(1, [&] {
       departments = training::readCodeTable("PNLDEPT", v, kSource);
       locations = training::readCodeTable("PNLLOCS", v, kSource);
       types = training::readCodeTable("PNLCRSTYP", v, kSource);
       courses = training::readCourses(v, kSource);
       statement = "SELECT EMP_ID, SEQ_ID, DEPT_ID, LOC_ID FROM PNLEMPHST WHERE VARIATION_ID = '" + sqlQuote(v) + "'";
-      Recordset rs = training::readRows(statement, kSource);
-      for (long r = 0; r < rs.rowCount(); ++r) {
-        postPlaces.emplace(upperTrim(rs.textAt(r, 0)) + "|" +
-                               std::to_string(static_cast<long>(training::numberOfCell(rs.at(r, 1)))),
-                           std::make_pair(upperTrim(rs.textAt(r, 2)), upperTrim(rs.textAt(r, 3))));
-      }
+      postPlaces.read(training::readRows(statement, kSource));
     });
 
     std::vector<Event> events;
+    std::string cell, upper;
     step(2, [&] {
       events.reserve(static_cast<size_t>(drv.rowCount()));
       for (long r = 0; r < drv.rowCount(); ++r) {
@@ -149,9 +189,9 @@ bool TrainingCosts::baseLoop(const std::string& method, Recordset& rsData, Recor
         e.dept = upperTrim(drv.textAt(r, 16));
         e.loc = upperTrim(drv.textAt(r, 17));
         if (!drv.isNullAt(r, 2) && !trim(drv.textAt(r, 2)).empty()) {
-          auto post = postPlaces.find(upperTrim(e.emp) + "|" +
-                                      std::to_string(static_cast<long>(training::numberOfCell(drv.at(r, 2)))));
-          if (post != postPlaces.end()) std::tie(e.dept, e.loc) = post->second;
+          const auto* post = postPlaces.find(codeView(drv, r, 0, cell, upper),
+                                             static_cast<long>(training::numberOfCell(drv.at(r, 2))));
+          if (post) std::tie(e.dept, e.loc) = *post;
         }
         e.course = upperTrim(drv.textAt(r, 3));
         auto course = courses.find(e.course);
@@ -174,35 +214,45 @@ bool TrainingCosts::baseLoop(const std::string& method, Recordset& rsData, Recor
     if (method != kSummary) {
       step(3, [&] {
         rsData.reserve(static_cast<long>(events.size()));
-        const auto text = [&](long r, int c) { return trim(drv.textAt(r, c)); };
-        const auto number = [&](long r, int c) { return drv.isNullAt(r, c) ? Value::null() : Value(training::numberOfCell(drv.at(r, c))); };
+        std::string scratch;
         for (const Event& e : events) {
           const long r = e.row;
-          auto course = courses.find(e.course);
+          auto course = courses.find(std::string_view(e.course));
+          const training::Course* c = course == courses.end() ? nullptr : &course->second;
           rsData.addNew();
-          rsData.set(0, Value(fitted(e.emp, 10)));
-          rsData.set(1, Value(fitted(text(r, 13), 40)));
-          rsData.set(2, Value(fitted(text(r, 14), 40)));
-          rsData.set(3, Value(fitted(text(r, 15), 40)));
-          rsData.set(4, Value(fitted(e.dept, 10)));
-          rsData.set(5, Value(fitted(training::describe(departments, e.dept), 40)));
-          rsData.set(6, Value(fitted(e.loc, 10)));
-          rsData.set(7, Value(fitted(training::describe(locations, e.loc), 40)));
-          rsData.set(8, Value(fitted(e.course, 10)));
-          rsData.set(9, Value(fitted(course == courses.end() ? std::string() : course->second.description, 40)));
-          rsData.set(10, Value(fitted(e.type, 10)));
-          rsData.set(11, Value(fitted(training::describe(types, e.type), 40)));
-          rsData.set(12, Value(fitted(course == courses.end() ? std::string() : course->second.provider, 60)));
-          rsData.set(13, Value(fitted(upperTrim(drv.textAt(r, 8)), 10)));
-          rsData.set(14, Value(DateTime::fromDays(e.start)));
-          rsData.set(15, drv.isNullAt(r, 5) ? Value::null() : Value(DateTime::fromDays(e.end)));
-          rsData.set(16, Value(e.days));
-          rsData.set(17, number(r, 7));
-          rsData.set(18, number(r, 9));
-          rsData.set(19, number(r, 10));
-          rsData.set(20, number(r, 11));
-          rsData.set(21, Value(e.total));
-          rsData.set(22, Value(fitted(e.note, 120)));
+          const long out = rsData.currentRow();
+          const auto text = [&](int index, std::string_view value, long size) {
+            rsData.setTextAt(out, index, fitted(value, size));
+          };
+          const auto copied = [&](int index, int from, long size) {
+            text(index, blankTrimmed(drv.textViewAt(r, from, scratch)), size);
+          };
+          const auto number = [&](int index, int from) {
+            rsData.setAt(out, index, drv.isNullAt(r, from) ? Value::null() : Value(training::numberOfCell(drv.at(r, from))));
+          };
+          text(0, e.emp, 10);
+          copied(1, 13, 40);
+          copied(2, 14, 40);
+          copied(3, 15, 40);
+          text(4, e.dept, 10);
+          text(5, training::describeView(departments, e.dept), 40);
+          text(6, e.loc, 10);
+          text(7, training::describeView(locations, e.loc), 40);
+          text(8, e.course, 10);
+          text(9, c ? std::string_view(c->description) : std::string_view(), 40);
+          text(10, e.type, 10);
+          text(11, training::describeView(types, upperTrim(e.type)), 40);
+          text(12, c ? std::string_view(c->provider) : std::string_view(), 60);
+          text(13, codeView(drv, r, 8, scratch, upper), 10);
+          rsData.setAt(out, 14, Value(DateTime::fromDays(e.start)));
+          rsData.setAt(out, 15, drv.isNullAt(r, 5) ? Value::null() : Value(DateTime::fromDays(e.end)));
+          rsData.setAt(out, 16, Value(e.days));
+          number(17, 7);
+          number(18, 9);
+          number(19, 10);
+          number(20, 11);
+          rsData.setAt(out, 21, Value(e.total));
+          text(22, e.note, 120);
         }
       });
     } else {
