@@ -52,7 +52,8 @@ const XlsxWriter& xlsxwriter() {
 }
 
 [[noreturn]] void fail(const std::string& what, lxw_error error) {
-  throw Error(err::kPathFileAccess, "orvalis", "cannot write the spreadsheet: " + what + " (" + xlsxwriter().lxw_strerror(error) + ")");
+  throw Error(err::kPathFileAccess, "orvalis",
+              "cannot write the spreadsheet: " + what + " (" + xlsxwriter().lxw_strerror(error) + ")");
 }
 
 // How a column is shown: its number format and width.
@@ -121,8 +122,8 @@ lxw_error writeDate(lxw_worksheet* sheet, lxw_row_t row, lxw_col_t col, DateTime
   static const int64_t firstDay = daysFromCivil(1900, 1, 1), march1900 = daysFromCivil(1900, 3, 1);
   if (d.days() >= march1900) return xlsxwriter().worksheet_write_number(sheet, row, col, d.serial(), format);
   if (d.days() < firstDay) {
-    return xlsxwriter().worksheet_write_string(sheet, row, col, (d.hasTime() ? d.house() + d.iso().substr(10) : d.house()).c_str(),
-                                  nullptr);
+    return xlsxwriter().worksheet_write_string(
+        sheet, row, col, (d.hasTime() ? d.house() + d.iso().substr(10) : d.house()).c_str(), nullptr);
   }
   lxw_datetime when{d.year(), d.month(), d.day(), d.hour(), d.minute(), static_cast<double>(d.second())};
   return xlsxwriter().worksheet_write_datetime(sheet, row, col, &when, format);

@@ -251,7 +251,7 @@ class OdbcConnection final : public Connection {
     SQLCHAR out[2048];
     SQLSMALLINT outLength = 0;
     SQLRETURN rc = odbc().SQLDriverConnect(dbc, nullptr, in.data(), SQL_NTS, out, sizeof out, &outLength,
-                                    SQL_DRIVER_NOPROMPT);
+                                           SQL_DRIVER_NOPROMPT);
     if (!ok(rc)) raiseDriverError(kDriver, "cannot connect through ODBC", diagnostics(SQL_HANDLE_DBC, dbc));
     connected_ = true;
 
@@ -452,8 +452,8 @@ class OdbcConnection final : public Connection {
   };
 
   void setAutoCommit(bool on) {
-    SQLRETURN rc = odbc().SQLSetConnectAttr(dbc_.get(), SQL_ATTR_AUTOCOMMIT,
-                                     reinterpret_cast<SQLPOINTER>(on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF), 0);
+    SQLRETURN rc = odbc().SQLSetConnectAttr(
+        dbc_.get(), SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF), 0);
     check(rc, dbc_, "cannot switch auto-commit");
   }
 
@@ -528,8 +528,8 @@ class OdbcConnection final : public Connection {
         break;
       }
     }
-    SQLRETURN rc = odbc().SQLBindParameter(st.get(), number, SQL_PARAM_INPUT, cType, sqlType, size, digits, data, length,
-                                    &p.indicator);
+    SQLRETURN rc = odbc().SQLBindParameter(st.get(), number, SQL_PARAM_INPUT, cType, sqlType, size, digits, data,
+                                           length, &p.indicator);
     check(rc, st, what);
   }
 

@@ -380,7 +380,8 @@ class PostgresConnection final : public Connection {
   static void describe(const PGresult* r, Recordset& rs, std::vector<ColumnKind>& kinds) {
     const int n = libpq().PQnfields(r);
     for (int i = 0; i < n; ++i) {
-      Column c = columnForPostgresType(schemaCaseColumnName(libpq().PQfname(r, i)), libpq().PQftype(r, i), libpq().PQfmod(r, i));
+      Column c = columnForPostgresType(schemaCaseColumnName(libpq().PQfname(r, i)), libpq().PQftype(r, i),
+                                       libpq().PQfmod(r, i));
       kinds.push_back(c.kind);
       rs.appendField(std::move(c.field));
     }
@@ -404,8 +405,9 @@ class PostgresConnection final : public Connection {
       rs.addNew();
       for (int i = 0; i < n; ++i) {
         if (libpq().PQgetisnull(r, row, i)) continue;  // addNew filled the row with Nulls
-        storeColumnValue(rs, i, decode(libpq().PQgetvalue(r, row, i), libpq().PQgetlength(r, row, i), kinds[static_cast<size_t>(i)]),
-                         kDriver, source);
+        storeColumnValue(
+            rs, i, decode(libpq().PQgetvalue(r, row, i), libpq().PQgetlength(r, row, i), kinds[static_cast<size_t>(i)]),
+            kDriver, source);
       }
     }
   }
