@@ -24,7 +24,6 @@ TEST(LoadedLibraries, EachRunLoadsOnlyTheClientsItUses) {
   };
   const Case cases[] = {
       {{"query", "EMPADDRALL", "--format", "csv"}, 0, ""},
-      {{"extract", "ReportingData", "LOCATIONS", "L08", "False", "--format", "json"}, 0, ""},
       {{"query", "EMPADDRALL", "--format", "xlsx", "--out", book}, 0, "libxlsxwriter"},
       {{"--db", "postgresql://nobody@127.0.0.1:1/none", "--timeout", "1", "query", "EMPADDRALL"}, 2, "libpq"},
       {{"--db", "odbc:Driver=/nonexistent/driver.so", "query", "EMPADDRALL"}, 2, "libodbc"},
