@@ -17,6 +17,7 @@
 #include "runtime/ado.h"
 #include "runtime/basic_string.h"
 #include "runtime/error.h"
+#include "runtime/shared_library.h"
 #include "runtime/xml_rowset.h"
 
 namespace orvalis::cli {
@@ -29,8 +30,30 @@ constexpr size_t kCellTextMax = 32767;  // bytes libxlsxwriter accepts in a cell
 constexpr double kWidthMax = 60;
 constexpr int kNotesShown = 5;
 
+// libxlsxwriter is loaded by the first workbook (runtime/shared_library.h).
+#define ORVALIS_XLSXWRITER_FUNCTIONS(X) X(format_set_bold) X(format_set_num_format) X(lxw_strerror) \
+  X(workbook_add_format) X(workbook_add_worksheet) X(workbook_close) X(workbook_new_opt) \
+  X(workbook_set_properties) X(worksheet_autofilter) X(worksheet_freeze_panes) X(worksheet_set_column) \
+  X(worksheet_write_boolean) X(worksheet_write_datetime) X(worksheet_write_number) X(worksheet_write_string)
+
+struct XlsxWriter {
+  ORVALIS_XLSXWRITER_FUNCTIONS(ORVALIS_LIBRARY_MEMBER)
+};
+
+const XlsxWriter& xlsxwriter() {
+  static const XlsxWriter table = [] {
+    const SharedLibrary library(ORVALIS_XLSXWRITER_SONAME, "the spreadsheet writer library", err::kClassNotRegistered,
+                                "orvalis");
+    XlsxWriter table;
+    ORVALIS_XLSXWRITER_FUNCTIONS(ORVALIS_LIBRARY_BIND)
+    return table;
+  }();
+  return table;
+}
+
 [[noreturn]] void fail(const std::string& what, lxw_error error) {
-  throw Error(err::kPathFileAccess, "orvalis", "cannot write the spreadsheet: " + what + " (" + lxw_strerror(error) + ")");
+  throw Error(err::kPathFileAccess, "orvalis",
+              "cannot write the spreadsheet: " + what + " (" + xlsxwriter().lxw_strerror(error) + ")");
 }
 
 // How a column is shown: its number format and width.
@@ -97,13 +120,13 @@ bool isPlainText(std::string_view text) {
 // a date before 1900, which a spreadsheet cannot hold, is written as text.
 lxw_error writeDate(lxw_worksheet* sheet, lxw_row_t row, lxw_col_t col, DateTime d, lxw_format* format) {
   static const int64_t firstDay = daysFromCivil(1900, 1, 1), march1900 = daysFromCivil(1900, 3, 1);
-  if (d.days() >= march1900) return worksheet_write_number(sheet, row, col, d.serial(), format);
+  if (d.days() >= march1900) return xlsxwriter().worksheet_write_number(sheet, row, col, d.serial(), format);
   if (d.days() < firstDay) {
-    return worksheet_write_string(sheet, row, col, (d.hasTime() ? d.house() + d.iso().substr(10) : d.house()).c_str(),
-                                  nullptr);
+    return xlsxwriter().worksheet_write_string(
+        sheet, row, col, (d.hasTime() ? d.house() + d.iso().substr(10) : d.house()).c_str(), nullptr);
   }
   lxw_datetime when{d.year(), d.month(), d.day(), d.hour(), d.minute(), static_cast<double>(d.second())};
-  return worksheet_write_datetime(sheet, row, col, &when, format);
+  return xlsxwriter().worksheet_write_datetime(sheet, row, col, &when, format);
 }
 
 std::string readWhole(const fs::path& path) {
@@ -125,33 +148,33 @@ class Workbook {
     lxw_workbook_options options{};
     options.constant_memory = LXW_TRUE;
     options.tmpdir = tmpdir_.data();
-    book_ = workbook_new_opt(file.c_str(), &options);
+    book_ = xlsxwriter().workbook_new_opt(file.c_str(), &options);
     if (book_ == nullptr) throw Error(err::kPathFileAccess, "orvalis", "cannot create the spreadsheet " + file.string());
     lxw_doc_properties properties{};
     std::string title = xmlSafeText(heading.title), company = xmlSafeText(heading.company);
     properties.title = title.data();
     properties.company = company.data();
-    workbook_set_properties(book_, &properties);
+    xlsxwriter().workbook_set_properties(book_, &properties);
     const std::string name = xlsxSheetName(heading.name);
-    sheet_ = workbook_add_worksheet(book_, name.c_str());
+    sheet_ = xlsxwriter().workbook_add_worksheet(book_, name.c_str());
     if (sheet_ == nullptr) throw Error(err::kPathFileAccess, "orvalis", "cannot add the sheet \"" + name + "\"");
   }
   ~Workbook() {
-    if (book_ != nullptr) workbook_close(book_);
+    if (book_ != nullptr) xlsxwriter().workbook_close(book_);
   }
   Workbook(const Workbook&) = delete;
   Workbook& operator=(const Workbook&) = delete;
 
   lxw_format* format(const char* numberFormat, bool bold = false) {
-    lxw_format* f = workbook_add_format(book_);
-    if (numberFormat != nullptr) format_set_num_format(f, numberFormat);
-    if (bold) format_set_bold(f);
+    lxw_format* f = xlsxwriter().workbook_add_format(book_);
+    if (numberFormat != nullptr) xlsxwriter().format_set_num_format(f, numberFormat);
+    if (bold) xlsxwriter().format_set_bold(f);
     return f;
   }
   lxw_worksheet* sheet() const { return sheet_; }
 
   void close() {
-    lxw_error error = workbook_close(book_);
+    lxw_error error = xlsxwriter().workbook_close(book_);
     book_ = nullptr;
     if (error != LXW_NO_ERROR) fail("closing the workbook", error);
   }
@@ -219,13 +242,13 @@ std::string recordsetXlsx(const Recordset& rs, const ReportHeading& heading, std
         }
         c.number = shared;
       }
-      worksheet_set_column(sheet, static_cast<lxw_col_t>(i), static_cast<lxw_col_t>(i), c.width, nullptr);
+      xlsxwriter().worksheet_set_column(sheet, static_cast<lxw_col_t>(i), static_cast<lxw_col_t>(i), c.width, nullptr);
       std::string name = xmlSafeText(f.name);
-      worksheet_write_string(sheet, 0, static_cast<lxw_col_t>(i), name.c_str(), header);
+      xlsxwriter().worksheet_write_string(sheet, 0, static_cast<lxw_col_t>(i), name.c_str(), header);
     }
     if (n > 0) {
-      worksheet_freeze_panes(sheet, 1, 0);
-      worksheet_autofilter(sheet, 0, 0, 0, static_cast<lxw_col_t>(n - 1));
+      xlsxwriter().worksheet_freeze_panes(sheet, 1, 0);
+      xlsxwriter().worksheet_autofilter(sheet, 0, 0, 0, static_cast<lxw_col_t>(n - 1));
     }
 
     lxw_row_t row = 0;
@@ -247,7 +270,7 @@ std::string recordsetXlsx(const Recordset& rs, const ReportHeading& heading, std
         }
         text = cutText(std::move(text), kCellTextMax);
       }
-      return worksheet_write_string(sheet, row, col, text.c_str(), nullptr);
+      return xlsxwriter().worksheet_write_string(sheet, row, col, text.c_str(), nullptr);
     };
     forEachStoredRow(rs, [&](const Recordset& source, long stored) {
       ++row;
@@ -271,16 +294,16 @@ std::string recordsetXlsx(const Recordset& rs, const ReportHeading& heading, std
           case Value::Kind::Null:
             break;
           case Value::Kind::Boolean:
-            error = worksheet_write_boolean(sheet, row, col, v.asBool() ? 1 : 0, nullptr);
+            error = xlsxwriter().worksheet_write_boolean(sheet, row, col, v.asBool() ? 1 : 0, nullptr);
             break;
           case Value::Kind::Integer:
-            error = worksheet_write_number(sheet, row, col, static_cast<double>(v.asInteger()), c.number);
+            error = xlsxwriter().worksheet_write_number(sheet, row, col, static_cast<double>(v.asInteger()), c.number);
             break;
           case Value::Kind::Double:
             if (std::isfinite(v.asDouble())) {
-              error = worksheet_write_number(sheet, row, col, v.asDouble(), c.number);
+              error = xlsxwriter().worksheet_write_number(sheet, row, col, v.asDouble(), c.number);
             } else {
-              error = worksheet_write_string(sheet, row, col, v.text().c_str(), nullptr);
+              error = xlsxwriter().worksheet_write_string(sheet, row, col, v.text().c_str(), nullptr);
             }
             break;
           case Value::Kind::Date:

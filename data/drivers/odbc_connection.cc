@@ -14,6 +14,8 @@
 #include "data/drivers/driver_error.h"
 #include "data/drivers/value_errors.h"
 #include "runtime/basic_string.h"
+#include "runtime/error.h"
+#include "runtime/shared_library.h"
 
 namespace orvalis::drivers {
 
@@ -24,13 +26,34 @@ constexpr SQLLEN kChunk = 16384;
 // Texts longer than this are bound as long varchar.
 constexpr size_t kLongTextParameter = 4000;
 
+// The driver manager (unixODBC) is loaded on the first ODBC connection
+// (runtime/shared_library.h).
+#define ORVALIS_ODBC_FUNCTIONS(X) X(SQLAllocHandle) X(SQLBindParameter) X(SQLCancel) X(SQLDescribeCol) \
+  X(SQLDisconnect) X(SQLDriverConnect) X(SQLEndTran) X(SQLExecDirect) X(SQLExecute) X(SQLFetch) \
+  X(SQLFreeHandle) X(SQLGetData) X(SQLGetDiagRec) X(SQLGetInfo) X(SQLNumResultCols) X(SQLPrepare) \
+  X(SQLRowCount) X(SQLSetConnectAttr) X(SQLSetEnvAttr)
+
+struct Odbc {
+  ORVALIS_ODBC_FUNCTIONS(ORVALIS_LIBRARY_MEMBER)
+};
+
+const Odbc& odbc() {
+  static const Odbc table = [] {
+    const SharedLibrary library(ORVALIS_ODBC_SONAME, "the ODBC driver manager", err::kClassNotRegistered, kDriver);
+    Odbc table;
+    ORVALIS_ODBC_FUNCTIONS(ORVALIS_LIBRARY_BIND)
+    return table;
+  }();
+  return table;
+}
+
 // One ODBC handle, freed with its owner.
 class Handle {
  public:
   Handle() = default;
   Handle(SQLSMALLINT type, SQLHANDLE handle) : type_(type), handle_(handle) {}
   ~Handle() {
-    if (handle_ != SQL_NULL_HANDLE) SQLFreeHandle(type_, handle_);
+    if (handle_ != SQL_NULL_HANDLE) odbc().SQLFreeHandle(type_, handle_);
   }
   Handle(Handle&& o) noexcept : type_(o.type_), handle_(o.handle_) { o.handle_ = SQL_NULL_HANDLE; }
   Handle& operator=(Handle&& o) noexcept {
@@ -57,7 +80,7 @@ std::string diagnostics(SQLSMALLINT type, SQLHANDLE handle) {
     SQLINTEGER native = 0;
     SQLCHAR message[2048] = {};
     SQLSMALLINT length = 0;
-    SQLRETURN rc = SQLGetDiagRec(type, handle, i, state, &native, message, sizeof message, &length);
+    SQLRETURN rc = odbc().SQLGetDiagRec(type, handle, i, state, &native, message, sizeof message, &length);
     if (!SQL_SUCCEEDED(rc)) break;
     if (!out.empty()) out += "; ";
     out += "[";
@@ -75,7 +98,7 @@ std::string firstState(SQLSMALLINT type, SQLHANDLE handle) {
   SQLCHAR state[6] = {};
   SQLINTEGER native = 0;
   SQLSMALLINT length = 0;
-  if (!SQL_SUCCEEDED(SQLGetDiagRec(type, handle, 1, state, &native, nullptr, 0, &length))) return "";
+  if (!SQL_SUCCEEDED(odbc().SQLGetDiagRec(type, handle, 1, state, &native, nullptr, 0, &length))) return "";
   return reinterpret_cast<const char*>(state);
 }
 
@@ -95,7 +118,7 @@ class Watchdog {
       std::unique_lock<std::mutex> lock(mutex_);
       if (!done_.wait_for(lock, std::chrono::seconds(seconds), [this] { return finished_; })) {
         fired_ = true;
-        SQLCancel(st);
+        odbc().SQLCancel(st);
       }
     });
   }
@@ -135,26 +158,26 @@ class ValueReader {
     switch (kind) {
       case ColumnKind::Integer: {
         SQLBIGINT v = 0;
-        rc = SQLGetData(st, col, SQL_C_SBIGINT, &v, sizeof v, &ind);
+        rc = odbc().SQLGetData(st, col, SQL_C_SBIGINT, &v, sizeof v, &ind);
         if (!ok(rc) || ind == SQL_NULL_DATA) break;
         return Value(static_cast<long long>(v));
       }
       case ColumnKind::Double:
       case ColumnKind::Numeric: {
         SQLDOUBLE v = 0;
-        rc = SQLGetData(st, col, SQL_C_DOUBLE, &v, sizeof v, &ind);
+        rc = odbc().SQLGetData(st, col, SQL_C_DOUBLE, &v, sizeof v, &ind);
         if (!ok(rc) || ind == SQL_NULL_DATA) break;
         return Value(static_cast<double>(v));
       }
       case ColumnKind::Boolean: {
         SQLCHAR v = 0;
-        rc = SQLGetData(st, col, SQL_C_BIT, &v, sizeof v, &ind);
+        rc = odbc().SQLGetData(st, col, SQL_C_BIT, &v, sizeof v, &ind);
         if (!ok(rc) || ind == SQL_NULL_DATA) break;
         return Value(v != 0);
       }
       case ColumnKind::Date: {
         SQL_TIMESTAMP_STRUCT ts{};
-        rc = SQLGetData(st, col, SQL_C_TYPE_TIMESTAMP, &ts, sizeof ts, &ind);
+        rc = odbc().SQLGetData(st, col, SQL_C_TYPE_TIMESTAMP, &ts, sizeof ts, &ind);
         if (!ok(rc) || ind == SQL_NULL_DATA) break;
         if (auto d = DateTime::fromParts(ts.year, ts.month, ts.day, ts.hour, ts.minute, ts.second)) {
           return Value(*d);
@@ -177,7 +200,7 @@ class ValueReader {
     std::string out;
     for (;;) {
       SQLLEN ind = 0;
-      SQLRETURN rc = SQLGetData(st, col, cType, chunk_, kChunk, &ind);
+      SQLRETURN rc = odbc().SQLGetData(st, col, cType, chunk_, kChunk, &ind);
       if (rc == SQL_NO_DATA) break;
       if (!ok(rc)) {
         throw Error(err::kDatabase, kDriver, "reading a column failed: " + diagnostics(SQL_HANDLE_STMT, st));
@@ -210,31 +233,31 @@ class OdbcConnection final : public Connection {
   OdbcConnection(const std::string& connectionString, const ConnectionOptions& options)
       : url_(displayUrl("odbc:" + connectionString)), timeoutSeconds_(options.timeoutSeconds) {
     SQLHANDLE env = SQL_NULL_HANDLE;
-    if (!ok(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &env))) {
+    if (!ok(odbc().SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &env))) {
       raiseDriverError(kDriver, "cannot allocate an ODBC environment", "");
     }
     env_ = Handle(SQL_HANDLE_ENV, env);
-    SQLSetEnvAttr(env, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
+    odbc().SQLSetEnvAttr(env, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
     SQLHANDLE dbc = SQL_NULL_HANDLE;
-    if (!ok(SQLAllocHandle(SQL_HANDLE_DBC, env, &dbc))) {
+    if (!ok(odbc().SQLAllocHandle(SQL_HANDLE_DBC, env, &dbc))) {
       raiseDriverError(kDriver, "cannot allocate an ODBC connection", diagnostics(SQL_HANDLE_ENV, env));
     }
     dbc_ = Handle(SQL_HANDLE_DBC, dbc);
     const SQLULEN loginTimeout = timeoutSeconds_ > 0 ? static_cast<SQLULEN>(timeoutSeconds_) : 15;
-    SQLSetConnectAttr(dbc, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(loginTimeout), 0);
+    odbc().SQLSetConnectAttr(dbc, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(loginTimeout), 0);
 
     std::vector<SQLCHAR> in(connectionString.begin(), connectionString.end());
     in.push_back(0);
     SQLCHAR out[2048];
     SQLSMALLINT outLength = 0;
-    SQLRETURN rc = SQLDriverConnect(dbc, nullptr, in.data(), SQL_NTS, out, sizeof out, &outLength,
-                                    SQL_DRIVER_NOPROMPT);
+    SQLRETURN rc = odbc().SQLDriverConnect(dbc, nullptr, in.data(), SQL_NTS, out, sizeof out, &outLength,
+                                           SQL_DRIVER_NOPROMPT);
     if (!ok(rc)) raiseDriverError(kDriver, "cannot connect through ODBC", diagnostics(SQL_HANDLE_DBC, dbc));
     connected_ = true;
 
     SQLCHAR name[256] = {};
     SQLSMALLINT nameLength = 0;
-    if (ok(SQLGetInfo(dbc, SQL_DBMS_NAME, name, sizeof name, &nameLength))) {
+    if (ok(odbc().SQLGetInfo(dbc, SQL_DBMS_NAME, name, sizeof name, &nameLength))) {
       dbmsName_ = reinterpret_cast<const char*>(name);
     }
     provider_ = providerForDbmsName(dbmsName_);
@@ -243,8 +266,8 @@ class OdbcConnection final : public Connection {
 
   ~OdbcConnection() override {
     if (connected_) {
-      if (inTransaction_) SQLEndTran(SQL_HANDLE_DBC, dbc_.get(), SQL_ROLLBACK);
-      SQLDisconnect(dbc_.get());
+      if (inTransaction_) odbc().SQLEndTran(SQL_HANDLE_DBC, dbc_.get(), SQL_ROLLBACK);
+      odbc().SQLDisconnect(dbc_.get());
     }
   }
 
@@ -257,14 +280,14 @@ class OdbcConnection final : public Connection {
     run(st, sql, "query failed");
 
     SQLSMALLINT n = 0;
-    check(SQLNumResultCols(st.get(), &n), st, "query failed");
+    check(odbc().SQLNumResultCols(st.get(), &n), st, "query failed");
     Recordset rs;
     std::vector<ColumnKind> kinds;
     for (SQLUSMALLINT i = 1; i <= static_cast<SQLUSMALLINT>(n); ++i) {
       SQLCHAR name[512] = {};
       SQLSMALLINT nameLength = 0, sqlType = 0, digits = 0, nullable = 0;
       SQLULEN size = 0;
-      check(SQLDescribeCol(st.get(), i, name, sizeof name, &nameLength, &sqlType, &size, &digits, &nullable), st,
+      check(odbc().SQLDescribeCol(st.get(), i, name, sizeof name, &nameLength, &sqlType, &size, &digits, &nullable), st,
             "describing a column failed");
       std::string columnName(reinterpret_cast<const char*>(name));
       if (foldColumnNames_) columnName = schemaCaseColumnName(columnName);
@@ -286,7 +309,7 @@ class OdbcConnection final : public Connection {
         return rs.get(i).text();
       };
       SQLRETURN rc;
-      while (ok(rc = SQLFetch(st.get()))) {
+      while (ok(rc = odbc().SQLFetch(st.get()))) {
         rowsRead_ = true;
         rs.addNew();
         for (SQLUSMALLINT i = 1; i <= static_cast<SQLUSMALLINT>(n); ++i) {
@@ -307,7 +330,7 @@ class OdbcConnection final : public Connection {
     Underway underway(*this, sql, true, st);
     if (!run(st, sql, "statement failed")) return 0;
     SQLLEN rows = 0;
-    check(SQLRowCount(st.get(), &rows), st, "statement failed");
+    check(odbc().SQLRowCount(st.get(), &rows), st, "statement failed");
     return rows < 0 ? 0 : static_cast<long>(rows);
   }
 
@@ -334,7 +357,7 @@ class OdbcConnection final : public Connection {
       traced(sql);
       Handle st = statement();
       std::vector<SQLCHAR> text(sql.begin(), sql.end());
-      check(SQLPrepare(st.get(), text.data(), static_cast<SQLINTEGER>(text.size())), st, what);
+      check(odbc().SQLPrepare(st.get(), text.data(), static_cast<SQLINTEGER>(text.size())), st, what);
       std::vector<Parameter> params(columns.size());
       std::vector<Value> row(columns.size());
       long count = 0;
@@ -347,7 +370,7 @@ class OdbcConnection final : public Connection {
                                std::to_string(columns.size()) + " columns");
         }
         for (size_t i = 0; i < row.size(); ++i) bind(st, static_cast<SQLUSMALLINT>(i + 1), row[i], params[i], what);
-        SQLRETURN rc = SQLExecute(st.get());
+        SQLRETURN rc = odbc().SQLExecute(st.get());
         if (rc != SQL_NO_DATA) check(rc, st, what);
         ++count;
       }
@@ -355,7 +378,7 @@ class OdbcConnection final : public Connection {
       return count;
     } catch (...) {
       if (ownTransaction && inTransaction_) {
-        SQLEndTran(SQL_HANDLE_DBC, dbc_.get(), SQL_ROLLBACK);
+        odbc().SQLEndTran(SQL_HANDLE_DBC, dbc_.get(), SQL_ROLLBACK);
         setAutoCommit(true);
         inTransaction_ = false;
       }
@@ -366,7 +389,7 @@ class OdbcConnection final : public Connection {
  private:
   Handle statement() {
     SQLHANDLE st = SQL_NULL_HANDLE;
-    if (!ok(SQLAllocHandle(SQL_HANDLE_STMT, dbc_.get(), &st))) {
+    if (!ok(odbc().SQLAllocHandle(SQL_HANDLE_STMT, dbc_.get(), &st))) {
       raiseDriverError(kDriver, "cannot allocate a statement", diagnostics(SQL_HANDLE_DBC, dbc_.get()));
     }
     return Handle(SQL_HANDLE_STMT, st);
@@ -376,7 +399,7 @@ class OdbcConnection final : public Connection {
   bool run(const Handle& st, const std::string& sql, std::string_view what) {
     std::vector<SQLCHAR> text(sql.begin(), sql.end());
     text.push_back(0);
-    SQLRETURN rc = SQLExecDirect(st.get(), text.data(), static_cast<SQLINTEGER>(sql.size()));
+    SQLRETURN rc = odbc().SQLExecDirect(st.get(), text.data(), static_cast<SQLINTEGER>(sql.size()));
     if (rc == SQL_NO_DATA) return false;
     check(rc, st, what);
     return true;
@@ -429,8 +452,8 @@ class OdbcConnection final : public Connection {
   };
 
   void setAutoCommit(bool on) {
-    SQLRETURN rc = SQLSetConnectAttr(dbc_.get(), SQL_ATTR_AUTOCOMMIT,
-                                     reinterpret_cast<SQLPOINTER>(on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF), 0);
+    SQLRETURN rc = odbc().SQLSetConnectAttr(
+        dbc_.get(), SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF), 0);
     check(rc, dbc_, "cannot switch auto-commit");
   }
 
@@ -439,7 +462,7 @@ class OdbcConnection final : public Connection {
     if (!inTransaction_) {
       raiseDriverError(kDriver, std::string("cannot ") + lcase(statement), "no transaction is open");
     }
-    SQLRETURN rc = SQLEndTran(SQL_HANDLE_DBC, dbc_.get(), completion);
+    SQLRETURN rc = odbc().SQLEndTran(SQL_HANDLE_DBC, dbc_.get(), completion);
     inTransaction_ = false;
     setAutoCommit(true);
     check(rc, dbc_, std::string(statement) + " failed");
@@ -505,8 +528,8 @@ class OdbcConnection final : public Connection {
         break;
       }
     }
-    SQLRETURN rc = SQLBindParameter(st.get(), number, SQL_PARAM_INPUT, cType, sqlType, size, digits, data, length,
-                                    &p.indicator);
+    SQLRETURN rc = odbc().SQLBindParameter(st.get(), number, SQL_PARAM_INPUT, cType, sqlType, size, digits, data,
+                                           length, &p.indicator);
     check(rc, st, what);
   }
 

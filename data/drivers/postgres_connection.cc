@@ -16,6 +16,8 @@
 #include "data/drivers/value_errors.h"
 #include "data/drivers/value_text.h"
 #include "runtime/basic_string.h"
+#include "runtime/error.h"
+#include "runtime/shared_library.h"
 
 namespace orvalis::drivers {
 
@@ -25,11 +27,34 @@ const std::string kDriver = "PostgreSQL";
 constexpr std::chrono::seconds kCancelGrace{5};
 constexpr size_t kCopyChunk = 1 << 20;
 
+// libpq is loaded on the first PostgreSQL connection (runtime/shared_library.h).
+#define ORVALIS_LIBPQ_FUNCTIONS(X) X(PQcancel) X(PQclear) X(PQcmdTuples) X(PQconnectdbParams) \
+  X(PQconsumeInput) X(PQerrorMessage) X(PQexec) X(PQfinish) X(PQfmod) X(PQfname) X(PQfreeCancel) \
+  X(PQfreemem) X(PQftype) X(PQgetCancel) X(PQgetCopyData) X(PQgetResult) X(PQgetisnull) X(PQgetlength) \
+  X(PQgetvalue) X(PQisBusy) X(PQnfields) X(PQntuples) X(PQputCopyData) X(PQputCopyEnd) X(PQresStatus) \
+  X(PQresultErrorField) X(PQresultErrorMessage) X(PQresultStatus) X(PQsendQuery) X(PQsetNoticeProcessor) \
+  X(PQsetSingleRowMode) X(PQsocket) X(PQstatus) X(PQtransactionStatus)
+
+struct Libpq {
+  ORVALIS_LIBPQ_FUNCTIONS(ORVALIS_LIBRARY_MEMBER)
+};
+
+const Libpq& libpq() {
+  static const Libpq table = [] {
+    const SharedLibrary library(ORVALIS_LIBPQ_SONAME, "the PostgreSQL client library", err::kClassNotRegistered,
+                                kDriver);
+    Libpq table;
+    ORVALIS_LIBPQ_FUNCTIONS(ORVALIS_LIBRARY_BIND)
+    return table;
+  }();
+  return table;
+}
+
 struct ConnectionCloser {
-  void operator()(PGconn* c) const { PQfinish(c); }
+  void operator()(PGconn* c) const { libpq().PQfinish(c); }
 };
 struct ResultClearer {
-  void operator()(PGresult* r) const { PQclear(r); }
+  void operator()(PGresult* r) const { libpq().PQclear(r); }
 };
 using Result = std::unique_ptr<PGresult, ResultClearer>;
 
@@ -122,13 +147,13 @@ class PostgresConnection final : public Connection {
     const std::string connectTimeout = std::to_string(timeoutSeconds_ > 0 ? timeoutSeconds_ : 15);
     const char* keywords[] = {"connect_timeout", "dbname", "client_encoding", nullptr};
     const char* values[] = {connectTimeout.c_str(), uri.c_str(), "UTF8", nullptr};
-    conn_.reset(PQconnectdbParams(keywords, values, 1));
+    conn_.reset(libpq().PQconnectdbParams(keywords, values, 1));
     if (!conn_) raiseDriverError(kDriver, "cannot connect to the PostgreSQL server", "out of memory");
-    if (PQstatus(conn_.get()) != CONNECTION_OK) {
-      raiseDriverError(kDriver, "cannot connect to the PostgreSQL server", PQerrorMessage(conn_.get()));
+    if (libpq().PQstatus(conn_.get()) != CONNECTION_OK) {
+      raiseDriverError(kDriver, "cannot connect to the PostgreSQL server", libpq().PQerrorMessage(conn_.get()));
     }
-    PQsetNoticeProcessor(conn_.get(), [](void*, const char*) {}, nullptr);
-    Result r(PQexec(conn_.get(), "SET DateStyle = 'ISO, YMD'"));
+    libpq().PQsetNoticeProcessor(conn_.get(), [](void*, const char*) {}, nullptr);
+    Result r(libpq().PQexec(conn_.get(), "SET DateStyle = 'ISO, YMD'"));
     check(r, "cannot set up the session");
   }
 
@@ -139,15 +164,15 @@ class PostgresConnection final : public Connection {
   // statements yields the rows of the last one that returns rows.
   Recordset query(const std::string& sql) override {
     traced(sql);
-    const bool inTransaction = PQtransactionStatus(conn_.get()) != PQTRANS_IDLE;
-    if (!PQsendQuery(conn_.get(), sql.c_str())) {
-      if (PQstatus(conn_.get()) == CONNECTION_BAD) {
+    const bool inTransaction = libpq().PQtransactionStatus(conn_.get()) != PQTRANS_IDLE;
+    if (!libpq().PQsendQuery(conn_.get(), sql.c_str())) {
+      if (libpq().PQstatus(conn_.get()) == CONNECTION_BAD) {
         raiseFault(kDriver, inTransaction ? err::kOutcomeUnknown : err::kConnectionLost,
-                   lostMessage(url_, sql, inTransaction, false), PQerrorMessage(conn_.get()));
+                   lostMessage(url_, sql, inTransaction, false), libpq().PQerrorMessage(conn_.get()));
       }
-      raiseDriverError(kDriver, "query failed", PQerrorMessage(conn_.get()));
+      raiseDriverError(kDriver, "query failed", libpq().PQerrorMessage(conn_.get()));
     }
-    PQsetSingleRowMode(conn_.get());
+    libpq().PQsetSingleRowMode(conn_.get());
     startStatement();
 
     Recordset rs;
@@ -170,7 +195,7 @@ class PostgresConnection final : public Connection {
     while (Result r{nextResult()}) {
       if (failure || !serverError.empty()) continue;
       try {
-        switch (PQresultStatus(r.get())) {
+        switch (libpq().PQresultStatus(r.get())) {
           case PGRES_SINGLE_TUPLE:
             rowsRead = true;
             if (!described || finished) restart(r.get());
@@ -186,7 +211,7 @@ class PostgresConnection final : public Connection {
             break;
           default:
             serverError = failureText(r.get());
-            connectionGone = connectionState(PQresultErrorField(r.get(), PG_DIAG_SQLSTATE));
+            connectionGone = connectionState(libpq().PQresultErrorField(r.get(), PG_DIAG_SQLSTATE));
         }
       } catch (...) {
         failure = std::current_exception();
@@ -194,7 +219,7 @@ class PostgresConnection final : public Connection {
     }
     if (timedOut_) raiseFault(kDriver, err::kStatementTimeout, timeoutMessage(url_, sql, timeoutSeconds_));
     if (!serverError.empty()) {
-      if (connectionGone || PQstatus(conn_.get()) == CONNECTION_BAD) {
+      if (connectionGone || libpq().PQstatus(conn_.get()) == CONNECTION_BAD) {
         const bool unknown = inTransaction || rowsRead;
         raiseFault(kDriver, unknown ? err::kOutcomeUnknown : err::kConnectionLost,
                    lostMessage(url_, sql, unknown, false), serverError);
@@ -209,23 +234,23 @@ class PostgresConnection final : public Connection {
 
   long execute(const std::string& sql) override {
     traced(sql);
-    Result r = timeoutSeconds_ > 0 ? execLimited(sql) : Result(PQexec(conn_.get(), sql.c_str()));
+    Result r = timeoutSeconds_ > 0 ? execLimited(sql) : Result(libpq().PQexec(conn_.get(), sql.c_str()));
     if (timedOut_) raiseFault(kDriver, err::kStatementTimeout, timeoutMessage(url_, sql, timeoutSeconds_));
-    if (PQstatus(conn_.get()) == CONNECTION_BAD ||
-        (r && connectionState(PQresultErrorField(r.get(), PG_DIAG_SQLSTATE)))) {
+    if (libpq().PQstatus(conn_.get()) == CONNECTION_BAD ||
+        (r && connectionState(libpq().PQresultErrorField(r.get(), PG_DIAG_SQLSTATE)))) {
       // A statement without rows changes something (or opens or ends a
       // transaction): the server may have done it before the connection went.
       raiseFault(kDriver, err::kOutcomeUnknown, lostMessage(url_, sql, true, true),
-                 r ? failureText(r.get()) : std::string(PQerrorMessage(conn_.get())));
+                 r ? failureText(r.get()) : std::string(libpq().PQerrorMessage(conn_.get())));
     }
-    const ExecStatusType status = PQresultStatus(r.get());
+    const ExecStatusType status = libpq().PQresultStatus(r.get());
     if (status == PGRES_COPY_IN || status == PGRES_COPY_OUT) {
       std::string message = failureText(r.get());
       drainResults();
       raiseDriverError(kDriver, "statement failed", message);
     }
     check(r, "statement failed");
-    return std::atol(PQcmdTuples(r.get()));
+    return std::atol(libpq().PQcmdTuples(r.get()));
   }
 
   void begin() override { execute("BEGIN"); }
@@ -252,8 +277,8 @@ class PostgresConnection final : public Connection {
     const std::string sql = "COPY " + table + " (" + join(columns, ", ") + ") FROM STDIN";
     traced(sql);
     {
-      Result r(PQexec(conn_.get(), sql.c_str()));
-      if (PQresultStatus(r.get()) != PGRES_COPY_IN) check(r, what);
+      Result r(libpq().PQexec(conn_.get(), sql.c_str()));
+      if (libpq().PQresultStatus(r.get()) != PGRES_COPY_IN) check(r, what);
     }
 
     long count = 0;
@@ -277,15 +302,15 @@ class PostgresConnection final : public Connection {
       }
       if (!row.buffer.empty()) sendCopyData(row.buffer, what);
     } catch (...) {
-      PQputCopyEnd(conn_.get(), "bulk insert abandoned");
+      libpq().PQputCopyEnd(conn_.get(), "bulk insert abandoned");
       drainResults();
       throw;
     }
-    if (PQputCopyEnd(conn_.get(), nullptr) != 1) {
+    if (libpq().PQputCopyEnd(conn_.get(), nullptr) != 1) {
       drainResults();
-      raiseDriverError(kDriver, what, PQerrorMessage(conn_.get()));
+      raiseDriverError(kDriver, what, libpq().PQerrorMessage(conn_.get()));
     }
-    Result end(PQgetResult(conn_.get()));
+    Result end(libpq().PQgetResult(conn_.get()));
     drainResults();
     check(end, what);
     return count;
@@ -307,45 +332,45 @@ class PostgresConnection final : public Connection {
   // loses the connection: the socket is shut, libpq reports the connection
   // bad, and the next statement opens a fresh one.
   PGresult* nextResult() {
-    if (timeoutSeconds_ <= 0) return PQgetResult(conn_.get());
+    if (timeoutSeconds_ <= 0) return libpq().PQgetResult(conn_.get());
     PGconn* c = conn_.get();
-    while (PQisBusy(c)) {
+    while (libpq().PQisBusy(c)) {
       const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline_ - std::chrono::steady_clock::now());
       if (left.count() <= 0) {
         if (timedOut_) {
-          ::shutdown(PQsocket(c), SHUT_RDWR);
-          PQconsumeInput(c);
+          ::shutdown(libpq().PQsocket(c), SHUT_RDWR);
+          libpq().PQconsumeInput(c);
           break;
         }
         cancel();
         deadline_ = std::chrono::steady_clock::now() + kCancelGrace;
         continue;
       }
-      pollfd p{PQsocket(c), POLLIN, 0};
+      pollfd p{libpq().PQsocket(c), POLLIN, 0};
       const int n = ::poll(&p, 1, static_cast<int>(left.count()));
       if (n < 0 && errno == EINTR) continue;
-      if (n < 0 || !PQconsumeInput(c)) break;  // PQgetResult reports the failure
+      if (n < 0 || !libpq().PQconsumeInput(c)) break;  // PQgetResult reports the failure
     }
-    return PQgetResult(c);
+    return libpq().PQgetResult(c);
   }
 
   void cancel() {
     timedOut_ = true;
     char reason[256] = {};
-    if (PGcancel* handle = PQgetCancel(conn_.get())) {
-      PQcancel(handle, reason, sizeof reason);
-      PQfreeCancel(handle);
+    if (PGcancel* handle = libpq().PQgetCancel(conn_.get())) {
+      libpq().PQcancel(handle, reason, sizeof reason);
+      libpq().PQfreeCancel(handle);
     }
   }
 
   // PQexec under the time limit: the last result of the text.
   Result execLimited(const std::string& sql) {
     timedOut_ = false;
-    if (!PQsendQuery(conn_.get(), sql.c_str())) return Result(nullptr);
+    if (!libpq().PQsendQuery(conn_.get(), sql.c_str())) return Result(nullptr);
     startStatement();
     Result last;
     while (Result r{nextResult()}) {
-      const ExecStatusType status = PQresultStatus(r.get());
+      const ExecStatusType status = libpq().PQresultStatus(r.get());
       last = std::move(r);
       if (status == PGRES_COPY_IN || status == PGRES_COPY_OUT || status == PGRES_COPY_BOTH) break;
     }
@@ -353,9 +378,10 @@ class PostgresConnection final : public Connection {
   }
 
   static void describe(const PGresult* r, Recordset& rs, std::vector<ColumnKind>& kinds) {
-    const int n = PQnfields(r);
+    const int n = libpq().PQnfields(r);
     for (int i = 0; i < n; ++i) {
-      Column c = columnForPostgresType(schemaCaseColumnName(PQfname(r, i)), PQftype(r, i), PQfmod(r, i));
+      Column c = columnForPostgresType(schemaCaseColumnName(libpq().PQfname(r, i)), libpq().PQftype(r, i),
+                                       libpq().PQfmod(r, i));
       kinds.push_back(c.kind);
       rs.appendField(std::move(c.field));
     }
@@ -363,7 +389,8 @@ class PostgresConnection final : public Connection {
   }
 
   static void appendRows(const PGresult* r, Recordset& rs, const std::vector<ColumnKind>& kinds) {
-    const int rows = PQntuples(r);
+    const Libpq& pq = libpq();
+    const int rows = pq.PQntuples(r);
     const int n = static_cast<int>(kinds.size());
     // The server types its columns, so a value that does not fit is rare:
     // the message names the result column (no table) and the first column.
@@ -372,8 +399,8 @@ class PostgresConnection final : public Connection {
     source.columns = n;
     source.origin = [&rs](int i) { return ColumnOrigin{"", rs.field(i).name, false}; };
     source.text = [r, &row](int i) -> std::optional<std::string> {
-      if (PQgetisnull(r, row, i)) return std::nullopt;
-      return std::string(PQgetvalue(r, row, i), static_cast<size_t>(PQgetlength(r, row, i)));
+      if (libpq().PQgetisnull(r, row, i)) return std::nullopt;
+      return std::string(libpq().PQgetvalue(r, row, i), static_cast<size_t>(libpq().PQgetlength(r, row, i)));
     };
     // Text bound for a text field goes straight into its cell.
     std::vector<char> textField(static_cast<size_t>(n));
@@ -385,20 +412,20 @@ class PostgresConnection final : public Connection {
       rs.addNew();
       const long at = rs.currentRow();
       for (int i = 0; i < n; ++i) {
-        if (PQgetisnull(r, row, i)) continue;  // addNew filled the row with Nulls
+        if (pq.PQgetisnull(r, row, i)) continue;  // addNew filled the row with Nulls
         if (textField[static_cast<size_t>(i)]) {
-          rs.setTextAt(at, i, std::string_view(PQgetvalue(r, row, i), static_cast<size_t>(PQgetlength(r, row, i))));
+          rs.setTextAt(at, i, std::string_view(pq.PQgetvalue(r, row, i), static_cast<size_t>(pq.PQgetlength(r, row, i))));
           continue;
         }
-        storeColumnValue(rs, i, decode(PQgetvalue(r, row, i), PQgetlength(r, row, i), kinds[static_cast<size_t>(i)]),
+        storeColumnValue(rs, i, decode(pq.PQgetvalue(r, row, i), pq.PQgetlength(r, row, i), kinds[static_cast<size_t>(i)]),
                          kDriver, source);
       }
     }
   }
 
   void check(const Result& r, std::string_view what) {
-    if (!r) raiseDriverError(kDriver, what, PQerrorMessage(conn_.get()));
-    switch (PQresultStatus(r.get())) {
+    if (!r) raiseDriverError(kDriver, what, libpq().PQerrorMessage(conn_.get()));
+    switch (libpq().PQresultStatus(r.get())) {
       case PGRES_COMMAND_OK:
       case PGRES_TUPLES_OK:
       case PGRES_EMPTY_QUERY:
@@ -411,25 +438,25 @@ class PostgresConnection final : public Connection {
   // The server's message for a failed result. A COPY that a plain
   // statement started is ended first, so the connection stays usable.
   std::string failureText(const PGresult* r) {
-    const ExecStatusType status = PQresultStatus(r);
+    const ExecStatusType status = libpq().PQresultStatus(r);
     if (status == PGRES_COPY_IN || status == PGRES_COPY_OUT || status == PGRES_COPY_BOTH) {
-      if (status == PGRES_COPY_IN) PQputCopyEnd(conn_.get(), "COPY is only available through bulkInsert");
+      if (status == PGRES_COPY_IN) libpq().PQputCopyEnd(conn_.get(), "COPY is only available through bulkInsert");
       char* data = nullptr;
-      while (status != PGRES_COPY_IN && PQgetCopyData(conn_.get(), &data, 0) > 0) PQfreemem(data);
+      while (status != PGRES_COPY_IN && libpq().PQgetCopyData(conn_.get(), &data, 0) > 0) libpq().PQfreemem(data);
       return "COPY is only available through bulkInsert";
     }
-    const char* message = PQresultErrorMessage(r);
-    return message && *message ? message : PQresStatus(status);
+    const char* message = libpq().PQresultErrorMessage(r);
+    return message && *message ? message : libpq().PQresStatus(status);
   }
 
   void sendCopyData(const std::string& data, std::string_view what) {
-    if (PQputCopyData(conn_.get(), data.data(), static_cast<int>(data.size())) != 1) {
-      raiseDriverError(kDriver, what, PQerrorMessage(conn_.get()));
+    if (libpq().PQputCopyData(conn_.get(), data.data(), static_cast<int>(data.size())) != 1) {
+      raiseDriverError(kDriver, what, libpq().PQerrorMessage(conn_.get()));
     }
   }
 
   void drainResults() {
-    while (Result r{PQgetResult(conn_.get())}) {
+    while (Result r{libpq().PQgetResult(conn_.get())}) {
     }
   }
 
