@@ -388,8 +388,10 @@ struct Draw {
     }
   }
 
-  void assignAddresses(Context& context, Employee& e) {
-    auto next = [&](double p) { return r.chance(p) ? context.nextAddress++ : 0; };
+  // Numbers from 1 within the company; numberCompany() moves them after
+  // the companies before it.
+  void assignAddresses(int& nextAddress, Employee& e) {
+    auto next = [&](double p) { return r.chance(p) ? nextAddress++ : 0; };
     e.homeAddress = next(0.97);
     e.emergencyAddress = next(0.70);
     e.kinAddress = next(0.60);
@@ -435,7 +437,7 @@ Context makeContext(uint64_t seed, int64_t asOf) {
   return ctx;
 }
 
-Company generateCompany(Context& ctx, int company, int employees) {
+Company drawCompany(const Context& ctx, int company, int employees) {
   Company co;
   co.index = company;
   co.code = companyCode(company);
@@ -444,6 +446,7 @@ Company generateCompany(Context& ctx, int company, int employees) {
   co.employees.resize(static_cast<size_t>(employees));
   co.posts.reserve(static_cast<size_t>(employees) * 3 / 2);
   co.absences.reserve(static_cast<size_t>(employees) * 11);
+  int nextAddress = 1;
 
   for (int i = 0; i < employees; ++i) {
     Random r = Random::derive(ctx.seed, static_cast<uint64_t>(company) + 1, static_cast<uint64_t>(i) + 1, 1);
@@ -453,7 +456,7 @@ Company generateCompany(Context& ctx, int company, int employees) {
     draw.drawPerson(e);
     draw.drawPosts(e);
     e.weekly = jobs()[co.posts[e.mainPost].job].weeklyPaid;
-    draw.assignAddresses(ctx, e);
+    draw.assignAddresses(nextAddress, e);
     draw.drawAbsences(e);
   }
 
@@ -473,9 +476,26 @@ Company generateCompany(Context& ctx, int company, int employees) {
     int managerNumber = co.employees[static_cast<size_t>(co.managers[static_cast<size_t>(m)])].number;
     if (managerNumber != e.number) e.reportsTo = managerNumber;
   }
+  co.addresses = nextAddress - 1;
+  return co;
+}
+
+void numberCompany(Context& ctx, Company& co) {
+  const int before = ctx.nextAddress - 1;
+  for (Employee& e : co.employees) {
+    for (int* address : {&e.homeAddress, &e.emergencyAddress, &e.kinAddress, &e.kinWorkAddress}) {
+      if (*address) *address += before;
+    }
+  }
+  ctx.nextAddress += co.addresses;
   for (Post& p : co.posts) {
     if (p.noteId < 0) p.noteId = ctx.nextNote++;
   }
+}
+
+Company generateCompany(Context& ctx, int company, int employees) {
+  Company co = drawCompany(ctx, company, employees);
+  numberCompany(ctx, co);
   return co;
 }
 
