@@ -91,6 +91,9 @@ struct Context {
   int64_t windowEnd = 0;     // last day (holidays booked ahead)
   int firstYear = 0, lastYear = 0;  // years of bank holidays and scales
   std::unordered_set<int64_t> bankHolidays;
+  // isWorkingDay() of the days from workingFrom on (the years above), 1 or 0.
+  int64_t workingFrom = 0;
+  std::vector<uint8_t> working;
   int nextAddress = 1;  // ADMADRES.SEQ_ID, across companies
   int nextNote = 1;     // ADMNOTE.SEQ_ID, across companies
 };
