@@ -80,6 +80,7 @@ struct Company {
   std::vector<Absence> absences;
   std::vector<int> managers;  // employee indexes; PNLMAN code "M" + position
   long auditRows = 0;         // ADMAUDIT rows, SEQ_ID 1..auditRows
+  int addresses = 0;          // ADMADRES rows of its people
 };
 
 // Shared facts of one generation run.
@@ -90,6 +91,9 @@ struct Context {
   int64_t windowEnd = 0;     // last day (holidays booked ahead)
   int firstYear = 0, lastYear = 0;  // years of bank holidays and scales
   std::unordered_set<int64_t> bankHolidays;
+  // isWorkingDay() of the days from workingFrom on (the years above), 1 or 0.
+  int64_t workingFrom = 0;
+  std::vector<uint8_t> working;
   int nextAddress = 1;  // ADMADRES.SEQ_ID, across companies
   int nextNote = 1;     // ADMNOTE.SEQ_ID, across companies
 };
@@ -101,6 +105,12 @@ Context makeContext(uint64_t seed, int64_t asOf);
 
 // Draws one company's people. Assigns address and note numbers from ctx.
 Company generateCompany(Context& ctx, int company, int employees);
+
+// generateCompany() in two steps: the drawing, which depends on no other
+// company (companies can be drawn at once on several threads), and the
+// numbering of addresses and notes, company after company.
+Company drawCompany(const Context& ctx, int company, int employees);
+void numberCompany(Context& ctx, Company& co);
 
 // EMP_ID text of an employee number.
 std::string employeeId(int number);

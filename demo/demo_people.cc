@@ -252,14 +252,22 @@ struct Draw {
     out.push_back(a);
   }
 
-  int reasonFor(const char* type) {
-    std::vector<int> matching;
-    for (size_t i = 0; i < absenceReasons().size(); ++i) {
-      // Christmas leave is drawn on its own.
-      if (std::strcmp(absenceReasons()[i].code, "XMAS") == 0) continue;
-      if (std::strcmp(absenceReasons()[i].type, type) == 0) matching.push_back(static_cast<int>(i));
-    }
-    return matching[r.below(static_cast<int>(matching.size()))];
+  // The reasons of each absence type (by its index), in catalogue order;
+  // Christmas leave is drawn on its own.
+  static const std::vector<int>& reasonsOf(int type) {
+    static const std::vector<std::vector<int>> byType = [] {
+      std::vector<std::vector<int>> lists(absenceTypes().size());
+      for (size_t t = 0; t < lists.size(); ++t) {
+        for (size_t i = 0; i < absenceReasons().size(); ++i) {
+          if (std::strcmp(absenceReasons()[i].code, "XMAS") == 0) continue;
+          if (std::strcmp(absenceReasons()[i].type, absenceTypes()[t].code) == 0) {
+            lists[t].push_back(static_cast<int>(i));
+          }
+        }
+      }
+      return lists;
+    }();
+    return byType[static_cast<size_t>(type)];
   }
 
   void drawAbsences(Employee& e) {
@@ -276,12 +284,16 @@ struct Draw {
       auto draws = [&](const char* type, double perYear, std::initializer_list<int> lengths,
                        std::vector<int> weights) {
         int n = r.poisson(perYear * years * scale);
-        int typeIndex = indexOf(absenceTypes(), type);
+        if (n == 0) return;
+        const int typeIndex = indexOf(absenceTypes(), type);
+        const std::vector<int>& reasons = reasonsOf(typeIndex);
+        const bool holiday = std::strcmp(type, "HOL") == 0;
         for (int k = 0; k < n; ++k) {
           int64_t start = from + r.below(static_cast<int>(to - from + 1));
-          if (std::string(type) == "HOL" && r.chance(0.5)) start = mondayOnOrBefore(start) + 7;
+          if (holiday && r.chance(0.5)) start = mondayOnOrBefore(start) + 7;
           int length = lengths.begin()[r.weighted(weights)];
-          addAbsence(drawn, p, start, to, typeIndex, reasonFor(type), length, e);
+          const int reason = reasons[static_cast<size_t>(r.below(static_cast<int>(reasons.size())))];
+          addAbsence(drawn, p, start, to, typeIndex, reason, length, e);
         }
       };
       draws("HOL", 2.9, {1, 2, 3, 5, 10, 15}, {20, 10, 10, 35, 20, 5});
@@ -388,8 +400,10 @@ struct Draw {
     }
   }
 
-  void assignAddresses(Context& context, Employee& e) {
-    auto next = [&](double p) { return r.chance(p) ? context.nextAddress++ : 0; };
+  // Numbers from 1 within the company; numberCompany() moves them after
+  // the companies before it.
+  void assignAddresses(int& nextAddress, Employee& e) {
+    auto next = [&](double p) { return r.chance(p) ? nextAddress++ : 0; };
     e.homeAddress = next(0.97);
     e.emergencyAddress = next(0.70);
     e.kinAddress = next(0.60);
@@ -400,6 +414,8 @@ struct Draw {
 }  // namespace
 
 bool isWorkingDay(const Context& ctx, int64_t day) {
+  const uint64_t at = static_cast<uint64_t>(day - ctx.workingFrom);
+  if (at < ctx.working.size()) return ctx.working[at] != 0;
   return weekdayOf(day) < 6 && ctx.bankHolidays.count(day) == 0;
 }
 
@@ -432,10 +448,16 @@ Context makeContext(uint64_t seed, int64_t asOf) {
   for (int year = ctx.firstYear; year <= ctx.lastYear; ++year) {
     for (const BankHoliday& b : bankHolidays(year)) ctx.bankHolidays.insert(b.day);
   }
+  ctx.workingFrom = dayOf(ctx.firstYear, 1, 1);
+  const int64_t last = dayOf(ctx.lastYear, 12, 31);
+  ctx.working.reserve(static_cast<size_t>(last - ctx.workingFrom + 1));
+  for (int64_t day = ctx.workingFrom; day <= last; ++day) {
+    ctx.working.push_back(weekdayOf(day) < 6 && ctx.bankHolidays.count(day) == 0 ? 1 : 0);
+  }
   return ctx;
 }
 
-Company generateCompany(Context& ctx, int company, int employees) {
+Company drawCompany(const Context& ctx, int company, int employees) {
   Company co;
   co.index = company;
   co.code = companyCode(company);
@@ -444,6 +466,7 @@ Company generateCompany(Context& ctx, int company, int employees) {
   co.employees.resize(static_cast<size_t>(employees));
   co.posts.reserve(static_cast<size_t>(employees) * 3 / 2);
   co.absences.reserve(static_cast<size_t>(employees) * 11);
+  int nextAddress = 1;
 
   for (int i = 0; i < employees; ++i) {
     Random r = Random::derive(ctx.seed, static_cast<uint64_t>(company) + 1, static_cast<uint64_t>(i) + 1, 1);
@@ -453,7 +476,7 @@ Company generateCompany(Context& ctx, int company, int employees) {
     draw.drawPerson(e);
     draw.drawPosts(e);
     e.weekly = jobs()[co.posts[e.mainPost].job].weeklyPaid;
-    draw.assignAddresses(ctx, e);
+    draw.assignAddresses(nextAddress, e);
     draw.drawAbsences(e);
   }
 
@@ -473,9 +496,26 @@ Company generateCompany(Context& ctx, int company, int employees) {
     int managerNumber = co.employees[static_cast<size_t>(co.managers[static_cast<size_t>(m)])].number;
     if (managerNumber != e.number) e.reportsTo = managerNumber;
   }
+  co.addresses = nextAddress - 1;
+  return co;
+}
+
+void numberCompany(Context& ctx, Company& co) {
+  const int before = ctx.nextAddress - 1;
+  for (Employee& e : co.employees) {
+    for (int* address : {&e.homeAddress, &e.emergencyAddress, &e.kinAddress, &e.kinWorkAddress}) {
+      if (*address) *address += before;
+    }
+  }
+  ctx.nextAddress += co.addresses;
   for (Post& p : co.posts) {
     if (p.noteId < 0) p.noteId = ctx.nextNote++;
   }
+}
+
+Company generateCompany(Context& ctx, int company, int employees) {
+  Company co = drawCompany(ctx, company, employees);
+  numberCompany(ctx, co);
   return co;
 }
 

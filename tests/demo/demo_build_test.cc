@@ -55,6 +55,34 @@ TEST(DemoBuild, PostgreSQLHoldsTheSameValuesAsSQLite) {
   EXPECT_GT(postgresReport.databaseBytes, 0);
 }
 
+// PostgreSQL loads the rows without the primary keys and adds them after:
+// the build leaves the keys and indexes of a schema created whole, on the
+// plain and the partitioned layout.
+TEST(DemoBuild, PostgreSQLEndsWithTheKeysAndIndexesOfACreatedSchema) {
+  auto catalog = [](Connection& connection) {
+    Recordset rs = connection.query(
+        "select conrelid::regclass::text || ' ' || conname || ' ' || pg_get_constraintdef(oid) from pg_constraint "
+        "where connamespace = current_schema()::regnamespace union all "
+        "select indexname || ' ' || replace(indexdef, current_schema() || '.', '') from pg_indexes "
+        "where schemaname = current_schema() order by 1");
+    std::vector<std::string> lines;
+    for (rs.moveFirst(); !rs.eof(); rs.moveNext()) lines.push_back(rs.get(0).text());
+    return lines;
+  };
+  for (bool partitioned : {false, true}) {
+    test::ScratchDatabase built(test::Engine::PostgreSQL), created(test::Engine::PostgreSQL);
+    DemoOptions options = demoOptions(20, 1);
+    options.partitionByCompany = partitioned;
+    auto builtConnection = built.connect();
+    buildDemoDatabase(*builtConnection, options);
+    auto createdConnection = created.connect();
+    createSchema(*createdConnection, SchemaLayout{partitioned, {"ORV01", "ORV02"}});
+    std::vector<std::string> expected = catalog(*createdConnection);
+    EXPECT_GT(expected.size(), 100u);
+    EXPECT_EQ(catalog(*builtConnection), expected) << (partitioned ? "partitioned" : "plain");
+  }
+}
+
 TEST(DemoBuild, AnExistingSchemaIsReplacedOnlyWhenAsked) {
   test::ScratchDatabase db(test::Engine::SQLite);
   auto connection = db.connect();

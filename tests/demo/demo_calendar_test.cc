@@ -7,6 +7,7 @@
 
 #include "runtime/date_time.h"
 #include "demo/demo_calendar.h"
+#include "demo/demo_model.h"
 
 namespace orvalis::demo {
 namespace {
@@ -62,6 +63,26 @@ TEST(DemoCalendar, OneOffChanges) {
   for (int year = 1990; year <= 2040; ++year) {
     for (const BankHoliday& b : bankHolidays(year)) EXPECT_LT(weekdayOf(b.day), 6) << DateTime::fromDays(b.day).iso();
   }
+}
+
+// The run's table of working days answers as the rule does (weekdays but
+// bank holidays) on every day it covers, at its two ends and beyond them.
+TEST(DemoCalendar, WorkingDayTableFollowsTheRule) {
+  const Context ctx = makeContext(1, dayOf(2026, 11, 1));
+  Context plain = ctx;
+  plain.working.clear();
+  ASSERT_FALSE(ctx.working.empty());
+  const int64_t last = ctx.workingFrom + static_cast<int64_t>(ctx.working.size()) - 1;
+  EXPECT_EQ(ctx.workingFrom, dayOf(ctx.firstYear, 1, 1));
+  EXPECT_EQ(last, dayOf(ctx.lastYear, 12, 31));
+  int differences = 0;
+  for (int64_t day = ctx.workingFrom - 10; day <= last + 10; ++day) {
+    const bool rule = weekdayOf(day) < 6 && plain.bankHolidays.count(day) == 0;
+    if (isWorkingDay(ctx, day) != rule || isWorkingDay(plain, day) != rule) ++differences;
+  }
+  EXPECT_EQ(differences, 0);
+  EXPECT_FALSE(isWorkingDay(ctx, dayOf(2025, 12, 25)));
+  EXPECT_TRUE(isWorkingDay(ctx, dayOf(2025, 12, 24)));
 }
 
 }  // namespace
