@@ -222,7 +222,9 @@ class StatementRow final : public ResultRow {
   const std::vector<FieldDef>& fields() const { return fields_; }
 
   // Takes the statement's current row: texts of text fields are looked at
-  // in place, every other value is written to the window row.
+  // in place, values the recordset would store unchanged are kept, every
+  // other value is written to the window row (a one-row recordset of the
+  // same fields), which converts it or raises the value error.
   void read() {
     const int n = static_cast<int>(columns_.size());
     for (int i = 0; i < n; ++i) {
@@ -353,9 +355,9 @@ class SqliteConnection final : public Connection {
   }
 
   // As query(), each row handed on while the statement holds it: a text
-  // bound for a text field is read in place, any other value is converted
-  // through a one-row recordset of the same fields (so that it reads as
-  // query()'s recordset would hold it, and fails where that would).
+  // bound for a text field is read in place, any other value reads as
+  // query()'s recordset would hold it and fails where that would (see
+  // StatementRow).
   void queryRows(const std::string& sql, ResultSink& sink) override {
     traced(sql);
     const Underway underway(*this, sql, false);
