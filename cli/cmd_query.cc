@@ -97,13 +97,23 @@ void runQuery(CliContext& context, const QueryArgs& args) {
     return;
   }
   ProgressTask progress("query " + args.queryId);
-  Recordset rs;
-  bool opened = gfncOpenRecordset(sql, rs);
   std::vector<std::string> parameters;
   if (!args.portalForm.empty()) parameters.push_back("portal form " + args.portalForm);
   if (!args.applyAccess.empty()) parameters.push_back("apply access " + args.applyAccess);
   if (!args.formSettings.empty()) parameters.push_back("form settings " + args.formSettings);
   ReportHeading heading{"query " + args.queryId, args.queryId, context.environment().CompanyCode(), parameters};
+  // CSV and JSON are written as the statement's rows come; the other
+  // formats need the whole set first. The text is still written at the end,
+  // so that a statement failing half way shows no rows.
+  if (std::unique_ptr<RowsText> writer = rowsWriter(format, true)) {
+    writer->expect(0, "reading");
+    const bool read = gfncReadRows(sql, *writer);
+    context.output.write(args.out, read ? writer->finish() : recordsetText(Recordset(), format, false, heading));
+    context.exitCode = read ? 0 : 2;
+    return;
+  }
+  Recordset rs;
+  bool opened = gfncOpenRecordset(sql, rs);
   context.output.write(args.out, recordsetText(rs, format, opened, heading));
   context.exitCode = opened ? 0 : 2;
 }

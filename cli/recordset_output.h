@@ -24,6 +24,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -33,6 +34,7 @@
 
 #include "runtime/progress.h"
 #include "runtime/recordset.h"
+#include "runtime/result_rows.h"
 
 namespace orvalis::cli {
 
@@ -62,6 +64,21 @@ void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format,
 // The output of writeRecordset as text (bytes, for xlsx).
 std::string recordsetText(const Recordset& rs, OutputFormat format, bool result,
                           const ReportHeading& heading = {});
+
+// The formats written row by row (CSV and JSON): a sink that builds the
+// text of writeRecordset as the rows come, so that a statement's rows can
+// be written without a Recordset (runtime/result_rows.h). expect() tells
+// the progress task how many rows to expect (0: unknown) and at what stage.
+class RowsText : public ResultSink {
+ public:
+  virtual ~RowsText() = default;
+  virtual void expect(long total, std::string_view stage) = 0;
+  // The whole text; call once, after the last row.
+  virtual std::string finish() = 0;
+};
+// nullptr for the formats that need every row before the first is written
+// (table widths, xml, xlsx, html).
+std::unique_ptr<RowsText> rowsWriter(OutputFormat format, bool result);
 
 // Raises orvalis::Error when the format cannot go where --out sends it
 // (xlsx to a terminal).

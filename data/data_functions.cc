@@ -64,21 +64,28 @@ std::string gfncDatabaseType(const std::string& databaseCode) {
   return HREnvironment::require().DataBaseType(upperTrim(databaseCode));
 }
 
-bool gfncOpenRecordset(const std::string& sql, Recordset& rs, const std::string& databaseCode) {
+namespace {
+
+// The procedure gfncOpenRecordset runs, with `reset` clearing what an
+// earlier run left and `read(manager, connectionText)` reading the rows; returns
+// whether read() completed. A statement failing on the company database is
+// tried on the master database when it names a centrally kept table.
+template <typename Reset, typename Read>
+bool openRows(const std::string& sql, const std::string& databaseCode, Reset reset, Read read) {
   bool result = false;
   std::string code;
   Procedure proc(Handler::ErrorComponent, componentNames().payroll, kModule, "gfncOpenRecordset");
   proc.variables([&] { return Dump().item("STRSQL = ", sql).item("STRDB:", code).text(); });
   proc.run([&](Steps& step) {
     step(10, [&] {
-      rs = Recordset();
+      reset();
       code = upperTrim(databaseCode);
     });
     if (trim(sql).empty()) return;
     step(20, [&] {
       orvalis::ConnectionManager& manager = HREnvironment::require().ConnectionManager();
       try {
-        rs = manager.ExecuteQueryAsync(sql, gfncConnectionString(code));
+        result = read(manager, gfncConnectionString(code));
       } catch (const Error& e) {
         // The database failing is not a table kept elsewhere.
         if (isDatabaseFault(e)) throw;
@@ -86,17 +93,36 @@ bool gfncOpenRecordset(const std::string& sql, Recordset& rs, const std::string&
         std::string master = gfncMasterDatabase(sql);
         if (master.empty()) throw;
         try {
-          rs = manager.ExecuteQueryAsync(sql, "@" + master);
+          result = read(manager, "@" + master);
         } catch (const Error& m) {
           throw Error(m.number(), m.source(),
                       "master database " + master + " (setting MASTERDB): " + m.description() +
                           "; on the company database: " + e.description());
         }
       }
-      result = rs.isOpen();
     });
   });
   return result;
+}
+
+}  // namespace
+
+bool gfncOpenRecordset(const std::string& sql, Recordset& rs, const std::string& databaseCode) {
+  return openRows(
+      sql, databaseCode, [&] { rs = Recordset(); },
+      [&](orvalis::ConnectionManager& manager, const std::string& connection) {
+        rs = manager.ExecuteQueryAsync(sql, connection);
+        return rs.isOpen();
+      });
+}
+
+bool gfncReadRows(const std::string& sql, ResultSink& sink, const std::string& databaseCode) {
+  return openRows(
+      sql, databaseCode, [] {},
+      [&](orvalis::ConnectionManager& manager, const std::string& connection) {
+        manager.ExecuteQueryRows(sql, connection, sink);
+        return true;
+      });
 }
 
 Recordset openRecordset(const std::string& sql, const std::string& databaseCode) {

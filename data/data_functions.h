@@ -15,6 +15,7 @@
 #include <string>
 
 #include "runtime/recordset.h"
+#include "runtime/result_rows.h"
 
 namespace orvalis {
 
@@ -35,6 +36,12 @@ std::string gfncDatabaseType(const std::string& databaseCode);
 // there too, the error names the master database code and carries both
 // databases' messages.
 bool gfncOpenRecordset(const std::string& sql, Recordset& rs, const std::string& databaseCode = "");
+
+// gfncOpenRecordset with the rows handed to the sink as they are read
+// (runtime/result_rows.h) instead of kept; errors go the same way. A retry
+// of the statement (elsewhere, or as the error component asks) starts the
+// sink again. Returns true when every row was read.
+bool gfncReadRows(const std::string& sql, ResultSink& sink, const std::string& databaseCode = "");
 
 // Convenience for the many places that only need the rows: opens sql and
 // returns the recordset (closed when nothing could be opened).

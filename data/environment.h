@@ -21,6 +21,7 @@
 #include <string>
 
 #include "runtime/recordset.h"
+#include "runtime/result_rows.h"
 #include "runtime/value.h"
 
 namespace orvalis {
@@ -51,6 +52,11 @@ class ConnectionManager {
   // Runs one statement on the connection named by its connection text and
   // returns its rows as an open recordset. Raises orvalis::Error on failure.
   virtual Recordset ExecuteQueryAsync(const std::string& sql, const std::string& connection) = 0;
+  // The same rows handed to the sink one at a time (runtime/result_rows.h);
+  // a manager that cannot read them so sends the recordset.
+  virtual void ExecuteQueryRows(const std::string& sql, const std::string& connection, ResultSink& sink) {
+    sendRows(ExecuteQueryAsync(sql, connection), sink);
+  }
   // Runs one statement that returns no rows (the component's few writes:
   // control parameters, audit rows, work tables). Returns rows affected.
   virtual long ExecuteNonQuery(const std::string& sql, const std::string& connection) = 0;

@@ -196,6 +196,11 @@ Recordset StandaloneEnvironment::ExecuteQueryAsync(const std::string& sql, const
   return guarded(connectionText, [&](Connection& c) { return c.query(sql); });
 }
 
+void StandaloneEnvironment::ExecuteQueryRows(const std::string& sql, const std::string& connectionText,
+                                             ResultSink& sink) {
+  guarded(connectionText, [&](Connection& c) { c.queryRows(sql, sink); });
+}
+
 long StandaloneEnvironment::ExecuteNonQuery(const std::string& sql, const std::string& connectionText) {
   return guarded(connectionText, [&](Connection& c) { return c.execute(sql); });
 }

@@ -102,6 +102,7 @@ class StandaloneEnvironment final : public Environment,
 
   // ConnectionManager
   Recordset ExecuteQueryAsync(const std::string& sql, const std::string& connection) override;
+  void ExecuteQueryRows(const std::string& sql, const std::string& connection, ResultSink& sink) override;
   long ExecuteNonQuery(const std::string& sql, const std::string& connection) override;
   void BeginTrans(const std::string& connection) override;
   void CommitTrans(const std::string& connection) override;

@@ -27,6 +27,8 @@ class ValueRow final : public BulkRow {
 
 }  // namespace
 
+void Connection::queryRows(const std::string& sql, ResultSink& sink) { sendRows(query(sql), sink); }
+
 long Connection::bulkLoad(const std::string& table, const std::vector<std::string>& columns,
                           const std::function<bool(BulkRow&)>& nextRow) {
   return bulkInsert(table, columns, [&](std::vector<Value>& values) {

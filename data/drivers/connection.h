@@ -28,6 +28,7 @@
 #include <vector>
 
 #include "runtime/recordset.h"
+#include "runtime/result_rows.h"
 #include "runtime/value.h"
 
 namespace orvalis {
@@ -61,6 +62,10 @@ class Connection {
   virtual std::string provider() const = 0;
 
   virtual Recordset query(const std::string& sql) = 0;
+  // The rows of query(sql) handed to the sink one at a time, with the same
+  // fields and cell values. The default fills a Recordset and sends it; a
+  // driver that can read its rows as they come (SQLite) holds none.
+  virtual void queryRows(const std::string& sql, ResultSink& sink);
   virtual long execute(const std::string& sql) = 0;
 
   virtual void begin() = 0;

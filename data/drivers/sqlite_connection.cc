@@ -171,6 +171,126 @@ class CellRow final : public BulkRow {
   std::string texts;
 };
 
+// The result's fields. The first step comes before the columns are
+// described: a statement prepared before a schema change is prepared again
+// by that step (rc is its result). An expression column takes its type
+// from the first row.
+std::vector<Column> describeColumns(sqlite3_stmt* statement, int rc) {
+  const int n = sqlite3_column_count(statement);
+  std::vector<Column> columns;
+  columns.reserve(static_cast<size_t>(n));
+  for (int i = 0; i < n; ++i) {
+    const char* name = sqlite3_column_name(statement, i);
+    const char* declared = sqlite3_column_decltype(statement, i);
+    columns.push_back(columnForDeclaredType(name ? name : "", declared ? declared : ""));
+  }
+  for (int i = 0; i < n; ++i) {
+    Column& c = columns[static_cast<size_t>(i)];
+    if (c.kind == ColumnKind::Untyped && rc == SQLITE_ROW) {
+      c = columnForStorageClass(std::move(c.field.name), sqlite3_column_type(statement, i));
+    }
+  }
+  return columns;
+}
+
+// Columns whose stored text goes into a cell as it is.
+std::vector<char> textFields(const std::vector<Column>& columns) {
+  std::vector<char> text(columns.size());
+  for (size_t i = 0; i < columns.size(); ++i) {
+    text[i] = columns[i].kind != ColumnKind::Date && ado::isTextType(columns[i].field.type);
+  }
+  return text;
+}
+
+// The statement's current row as a ResultRow (see queryRows).
+class StatementRow final : public ResultRow {
+ public:
+  StatementRow(sqlite3* db, sqlite3_stmt* statement, std::vector<Column> columns)
+      : statement_(statement),
+        columns_(std::move(columns)),
+        textField_(textFields(columns_)),
+        source_(rowSource(db, statement)),
+        cells_(columns_.size()) {
+    for (const Column& c : columns_) {
+      window_.appendField(c.field);
+      fields_.push_back(c.field);
+    }
+    window_.open();
+    window_.addNew();
+  }
+
+  const std::vector<FieldDef>& fields() const { return fields_; }
+
+  // Takes the statement's current row: texts of text fields are looked at
+  // in place, values the recordset would store unchanged are kept, every
+  // other value is written to the window row (a one-row recordset of the
+  // same fields), which converts it or raises the value error.
+  void read() {
+    const int n = static_cast<int>(columns_.size());
+    for (int i = 0; i < n; ++i) {
+      Cell& cell = cells_[static_cast<size_t>(i)];
+      const int storage = sqlite3_column_type(statement_, i);
+      if (storage == SQLITE_NULL) {
+        cell.kind = Cell::Null;
+        continue;
+      }
+      if (storage == SQLITE_TEXT && textField_[static_cast<size_t>(i)]) {
+        const char* p = reinterpret_cast<const char*>(sqlite3_column_text(statement_, i));
+        cell.kind = Cell::Text;
+        cell.text = std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(statement_, i)));
+        continue;
+      }
+      const Column& c = columns_[static_cast<size_t>(i)];
+      Value v = readValue(statement_, i, c.kind);
+      if (c.kind == ColumnKind::Date && !fitsDateColumn(v)) raiseValueError(kDriver, i, c.field.type, v, source_);
+      if (heldAsRead(c.field.type, v)) {
+        cell.kind = Cell::Held;
+        cell.value = std::move(v);
+        continue;
+      }
+      storeColumnValue(window_, i, std::move(v), kDriver, source_);
+      cell.kind = Cell::Window;
+    }
+  }
+
+  std::string_view text(int index, std::string& scratch) const override {
+    const Cell& cell = cells_.at(static_cast<size_t>(index));
+    if (cell.kind == Cell::Text) return cell.text;
+    if (cell.kind == Cell::Null) return {};
+    if (cell.kind == Cell::Held) return scratch = cell.value.text();
+    return window_.textViewAt(0, index, scratch);
+  }
+  Value value(int index) const override {
+    const Cell& cell = cells_.at(static_cast<size_t>(index));
+    if (cell.kind == Cell::Text) return Value(cell.text);
+    if (cell.kind == Cell::Null) return Value::null();
+    if (cell.kind == Cell::Held) return cell.value;
+    return window_.at(0, index);
+  }
+
+ private:
+  // A date, a double in a double field and an integer in a BIGINT field
+  // are held as they are read: the recordset would store them unchanged.
+  static bool heldAsRead(int type, const Value& v) {
+    return (v.isDate() && (type == ado::adDBTimeStamp || type == ado::adDate)) ||
+           (type == ado::adDouble && v.kind() == Value::Kind::Double) ||
+           (type == ado::adBigInt && v.kind() == Value::Kind::Integer);
+  }
+
+  struct Cell {
+    enum Kind : uint8_t { Null, Text, Held, Window } kind = Null;
+    std::string_view text;
+    Value value;
+  };
+  sqlite3_stmt* statement_;
+  std::vector<Column> columns_;
+  std::vector<char> textField_;
+  RowSource source_;
+  std::vector<FieldDef> fields_;
+  std::vector<Cell> cells_;
+  Recordset window_;
+};
+
 class SqliteConnection final : public Connection {
  public:
   SqliteConnection(const std::string& path, const ConnectionOptions& options)
@@ -201,34 +321,16 @@ class SqliteConnection final : public Connection {
     sqlite3_stmt* const statement = cachedStatement(sql);
     const ResetOnExit reset{statement};
 
-    // The first step comes before the columns are described: a statement
-    // prepared before a schema change is prepared again by that step.
     int rc = sqlite3_step(statement);
-    const int n = sqlite3_column_count(statement);
-    std::vector<Column> columns;
-    columns.reserve(static_cast<size_t>(n));
-    for (int i = 0; i < n; ++i) {
-      const char* name = sqlite3_column_name(statement, i);
-      const char* declared = sqlite3_column_decltype(statement, i);
-      columns.push_back(columnForDeclaredType(name ? name : "", declared ? declared : ""));
-    }
-    for (int i = 0; i < n; ++i) {
-      Column& c = columns[static_cast<size_t>(i)];
-      if (c.kind == ColumnKind::Untyped && rc == SQLITE_ROW) {
-        c = columnForStorageClass(std::move(c.field.name), sqlite3_column_type(statement, i));
-      }
-    }
+    const std::vector<Column> columns = describeColumns(statement, rc);
+    const int n = static_cast<int>(columns.size());
 
     Recordset rs;
     for (const Column& c : columns) rs.appendField(c.field);
     rs.open();
     const RowSource row = rowSource(db_.get(), statement);
     // Text bound for a text field goes straight into its cell.
-    std::vector<char> textField(static_cast<size_t>(n));
-    for (int i = 0; i < n; ++i) {
-      const Column& c = columns[static_cast<size_t>(i)];
-      textField[static_cast<size_t>(i)] = c.kind != ColumnKind::Date && ado::isTextType(c.field.type);
-    }
+    const std::vector<char> textField = textFields(columns);
     for (; rc == SQLITE_ROW; rc = sqlite3_step(statement)) {
       rs.addNew();
       const long at = rs.currentRow();
@@ -254,6 +356,25 @@ class SqliteConnection final : public Connection {
     if (rc != SQLITE_DONE) fail("query failed");
     rs.moveFirst();
     return rs;
+  }
+
+  // As query(), each row handed on while the statement holds it: a text
+  // bound for a text field is read in place, any other value reads as
+  // query()'s recordset would hold it and fails where that would (see
+  // StatementRow).
+  void queryRows(const std::string& sql, ResultSink& sink) override {
+    traced(sql);
+    const Underway underway(*this, sql, false);
+    sqlite3_stmt* const statement = cachedStatement(sql);
+    const ResetOnExit reset{statement};
+    int rc = sqlite3_step(statement);
+    StatementRow row(db_.get(), statement, describeColumns(statement, rc));
+    sink.start(row.fields());
+    for (; rc == SQLITE_ROW; rc = sqlite3_step(statement)) {
+      row.read();
+      sink.row(row);
+    }
+    if (rc != SQLITE_DONE) fail("query failed");
   }
 
   long execute(const std::string& sql) override {
