@@ -151,7 +151,8 @@ void Addresses::subAddAddressDetails(Recordset& rsData, int firstField, std::str
   if (address < 0) return;
   try {
     const long row = rsData.currentRow();
-    for (int i = 0; i < kBlockSize; ++i) rsData.copyAt(row, firstField + i, addresses_, address, i + 1);
+    // The block's texts are shared with the address lookup, not copied.
+    rsData.copyCells(row, firstField, addresses_, address, 1, kBlockSize);
   } catch (...) {
     // The handler is set up only when a value fails, so the per-row cost
     // stays that of the copy; the block reads as if it had always been there.
