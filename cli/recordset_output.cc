@@ -23,9 +23,23 @@ std::string isoDate(DateTime d) {
   return s;
 }
 
-void writeCsvField(std::ostream& out, std::string_view text) {
+// Where CSV text goes: a stream, or straight into the string that becomes
+// the command's output (no stream calls per field, no copy at the end).
+struct StreamSink {
+  std::ostream& out;
+  void put(char c) { out.put(c); }
+  void write(std::string_view text) { out.write(text.data(), static_cast<std::streamsize>(text.size())); }
+};
+struct StringSink {
+  std::string& out;
+  void put(char c) { out.push_back(c); }
+  void write(std::string_view text) { out.append(text); }
+};
+
+template <typename Sink>
+void writeCsvField(Sink& out, std::string_view text) {
   if (text.find_first_of(",\"\r\n") == std::string_view::npos) {
-    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+    out.write(text);
     return;
   }
   out.put('"');
@@ -36,7 +50,8 @@ void writeCsvField(std::ostream& out, std::string_view text) {
   out.put('"');
 }
 
-void writeCsv(std::ostream& out, const Recordset& rs) {
+template <typename Sink>
+void writeCsv(Sink& out, const Recordset& rs) {
   const int n = rs.fieldCount();
   for (int i = 0; i < n; ++i) {
     if (i) out.put(',');
@@ -171,9 +186,11 @@ void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format,
     case OutputFormat::Table:
       writeTable(out, rs);
       return;
-    case OutputFormat::Csv:
-      writeCsv(out, rs);
+    case OutputFormat::Csv: {
+      StreamSink sink{out};
+      writeCsv(sink, rs);
       return;
+    }
     case OutputFormat::Json:
       out << recordsetJson(rs, result).dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
       return;
@@ -192,6 +209,12 @@ void writeRecordset(std::ostream& out, const Recordset& rs, OutputFormat format,
 std::string recordsetText(const Recordset& rs, OutputFormat format, bool result,
                           const ReportHeading& heading) {
   if (format == OutputFormat::Xlsx) return recordsetXlsx(rs, heading, std::cerr);
+  if (format == OutputFormat::Csv) {
+    std::string text;
+    StringSink sink{text};
+    writeCsv(sink, rs);
+    return text;
+  }
   std::ostringstream out;
   writeRecordset(out, rs, format, result, heading);
   return out.str();
