@@ -382,6 +382,25 @@ void Recordset::copyAt(long row, int index, const Recordset& from, long fromRow,
   impl_->cells.set(row, index, coerce(c.value(), f.type));
 }
 
+void Recordset::copyCells(long row, int index, const Recordset& from, long fromRow, int fromIndex, int count) {
+  if (count <= 0) return;
+  field(index);
+  field(index + count - 1);
+  from.field(fromIndex);
+  from.field(fromIndex + count - 1);
+  checkRow(row, impl_->rows());
+  checkRow(fromRow, from.impl_->rows());
+  const bool share = &from != this;
+  for (int i = 0; i < count; ++i) {
+    const int type = impl_->fields[static_cast<size_t>(index + i)].type;
+    const int fromType = from.impl_->fields[static_cast<size_t>(fromIndex + i)].type;
+    const bool sameType = type == fromType || (ado::isTextType(type) && ado::isTextType(fromType));
+    if (!sameType || !impl_->cells.copyCell(row, index + i, from.impl_->cells, fromRow, fromIndex + i, share)) {
+      copyAt(row, index + i, from, fromRow, fromIndex + i);
+    }
+  }
+}
+
 bool Recordset::isNullAt(long row, int index) const {
   field(index);
   checkRow(row, impl_->rows());

@@ -126,6 +126,12 @@ class Recordset {
   // setAt(row, index, from.at(fromRow, fromIndex)), without building a
   // Value when a text or Null cell goes to a text field.
   void copyAt(long row, int index, const Recordset& from, long fromRow, int fromIndex);
+  // copyAt of `count` fields side by side (index... from fromIndex...), a
+  // text of `from` shared rather than copied where both fields hold text:
+  // this recordset then keeps alive the text blocks of `from` (up to 64 KiB
+  // each) that its cells refer to. For filling a result from a lookup read
+  // whole, whose blocks it refers to anyway.
+  void copyCells(long row, int index, const Recordset& from, long fromRow, int fromIndex, int count);
   // Storage row number of the cursor's row, or -1.
   long currentRow() const;
   // Moves the cursor to a storage row (which must be visible).

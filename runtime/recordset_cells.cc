@@ -87,31 +87,67 @@ Storage storageFor(int type) {
 
 // ---- Text arena ----
 
+TextArena::TextArena(const TextArena& o)
+    : blocks_(o.blocks_), bases_(o.bases_), limit_(o.limit_), used_(o.used_), garbage_(o.garbage_) {}
+
+TextArena& TextArena::operator=(const TextArena& o) {
+  if (this != &o) *this = TextArena(o);
+  return *this;
+}
+
+uint32_t TextArena::newBlock(size_t capacity) {
+  auto block = std::make_shared<Block>();
+  block->bytes.reset(new char[capacity]);
+  block->capacity = capacity;
+  return adopt(block);
+}
+
+uint32_t TextArena::adopt(const std::shared_ptr<Block>& block) {
+  if (blocks_.size() >= (size_t{1} << 24)) raiseOverflow(kSource);
+  blocks_.push_back(block);
+  bases_.push_back(block->bytes.get());
+  return static_cast<uint32_t>(blocks_.size() - 1);
+}
+
 uint64_t TextArena::add(std::string_view s) {
   if (s.empty()) return 0;
   if (s.size() > kOwnBlock) {
-    if (blocks_.size() >= (size_t{1} << 24)) raiseOverflow(kSource);
-    blocks_.emplace_back(s);
+    const uint32_t own = newBlock(s.size());
+    Block& block = *blocks_[own];
+    std::memcpy(block.bytes.get(), s.data(), s.size());
+    block.size = s.size();
     used_ += s.size();
-    return (static_cast<uint64_t>(blocks_.size() - 1) << 40) | kLengthMask;
+    return (static_cast<uint64_t>(own) << 40) | kLengthMask;
   }
-  if (current_ == SIZE_MAX || blocks_[current_].size() + s.size() > limit_) {
-    if (blocks_.size() >= (size_t{1} << 24)) raiseOverflow(kSource);
-    limit_ = current_ == SIZE_MAX ? 1024 : std::min<size_t>(limit_ * 2, 64 * 1024);
-    blocks_.emplace_back();
-    blocks_.back().reserve(limit_);
-    current_ = blocks_.size() - 1;
+  if (current_ == SIZE_MAX || blocks_[current_]->size + s.size() > limit_) {
+    limit_ = limit_ == 0 ? 1024 : std::min<size_t>(limit_ * 2, 64 * 1024);
+    current_ = newBlock(limit_);
   }
-  std::string& block = blocks_[current_];
-  const uint64_t ref = (static_cast<uint64_t>(current_) << 40) | (static_cast<uint64_t>(block.size()) << 24) | s.size();
-  block.append(s);
+  Block& block = *blocks_[current_];
+  const uint64_t ref = (static_cast<uint64_t>(current_) << 40) | (static_cast<uint64_t>(block.size) << 24) | s.size();
+  std::memcpy(block.bytes.get() + block.size, s.data(), s.size());
+  block.size += s.size();
   used_ += s.size();
   return ref;
 }
 
+uint64_t TextArena::share(const TextArena& from, uint64_t ref) {
+  const uint64_t length = ref & kLengthMask;
+  if (length == 0) return 0;
+  const size_t theirs = static_cast<size_t>(ref >> 40);
+  const std::shared_ptr<Block>& block = from.blocks_[theirs];
+  if (theirs >= sharedAs_.size()) sharedAs_.resize(from.blocks_.size(), UINT32_MAX);
+  // A number left from another arena names some other block: checked by
+  // identity (a block we hold cannot be freed and its address reused).
+  uint32_t& ours = sharedAs_[theirs];
+  if (ours >= blocks_.size() || blocks_[ours] != block) ours = adopt(block);
+  used_ += length == kLengthMask ? block->size : length;
+  return (static_cast<uint64_t>(ours) << 40) | (ref & ((uint64_t{1} << 40) - 1));
+}
+
 size_t TextArena::capacity() const {
-  size_t n = blocks_.capacity() * sizeof(std::string);
-  for (const auto& b : blocks_) n += b.capacity();
+  size_t n = blocks_.capacity() * (sizeof(std::shared_ptr<Block>) + sizeof(Block)) + bases_.capacity() * sizeof(char*);
+  for (const auto& b : blocks_) n += b->capacity;
   return n;
 }
 
@@ -373,7 +409,7 @@ void CellStore::setText(long row, int index, std::string_view text) {
   compactArenaIfWasteful();
 }
 
-bool CellStore::copyCell(long row, int index, const CellStore& from, long fromRow, int fromIndex) {
+bool CellStore::copyCell(long row, int index, const CellStore& from, long fromRow, int fromIndex, bool shareText) {
   const Column& col = columns_[static_cast<size_t>(index)];
   const Column& src = from.columns_[static_cast<size_t>(fromIndex)];
   const Chunk& fch = from.chunkOf(fromRow);
@@ -389,7 +425,18 @@ bool CellStore::copyCell(long row, int index, const CellStore& from, long fromRo
   if (src.storage != col.storage || col.storage == Storage::Any) return false;
   const unsigned char* p = from.data(fch, src, fr);
   if (col.storage == Storage::Text) {
-    setText(row, index, from.arena_.get(load<uint64_t>(p)));
+    if (!shareText || &from == this) {
+      setText(row, index, from.arena_.get(load<uint64_t>(p)));
+      return true;
+    }
+    const uint64_t ref = arena_.share(from.arena_, load<uint64_t>(p));
+    const Chunk& ch = chunkOf(row);
+    const long r = row % kChunkRows;
+    unsigned char* b = rowBits(ch, r);
+    if (bit(b, index) || !aside_.empty()) releaseCell(row, index);
+    store<uint64_t>(data(ch, col, r), ref);
+    setBit(b, index, true);
+    compactArenaIfWasteful();
     return true;
   }
   releaseCell(row, index);

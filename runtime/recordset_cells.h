@@ -68,30 +68,54 @@ Storage storageFor(int type);
 // than kOwnBlock gets a block of its own. A reference packs the block (24
 // bits), the offset in it (16 bits) and the length (24 bits; all ones for a
 // text that has a block of its own and is as long as it), so blocks never
-// move texts.
+// move texts. Blocks are reference-counted: share() lets a store refer to a
+// text of another store's arena without copying it, the block then kept
+// alive by both. Only the arena that made a block appends to it, and only
+// past the texts already there; a copy of an arena starts a block of its
+// own for its next text.
 class TextArena {
  public:
   static constexpr size_t kOwnBlock = 4096;
+
+  TextArena() = default;
+  TextArena(const TextArena& o);
+  TextArena& operator=(const TextArena& o);
+  TextArena(TextArena&&) noexcept = default;
+  TextArena& operator=(TextArena&&) noexcept = default;
 
   uint64_t add(std::string_view s);
   std::string_view get(uint64_t ref) const {
     const uint32_t length = static_cast<uint32_t>(ref & kLengthMask);
     if (length == 0) return {};
-    const std::string& block = blocks_[ref >> 40];
-    if (length == kLengthMask) return block;
-    return std::string_view(block.data() + ((ref >> 24) & 0xffffu), length);
+    const size_t block = static_cast<size_t>(ref >> 40);
+    if (length == kLengthMask) return std::string_view(bases_[block], blocks_[block]->size);
+    return std::string_view(bases_[block] + ((ref >> 24) & 0xffffu), length);
   }
+  // The reference in this arena of the text `ref` of `from` (another
+  // arena), sharing the block that holds it rather than copying the text.
+  uint64_t share(const TextArena& from, uint64_t ref);
   void release(size_t length) { garbage_ += length; }
   bool wantsCompaction() const { return garbage_ > 64 * 1024 && garbage_ * 2 > used_; }
   size_t capacity() const;
 
  private:
   static constexpr uint64_t kLengthMask = 0xffffff;
-  std::vector<std::string> blocks_;
-  size_t current_ = SIZE_MAX;  // the block texts are appended to
-  size_t limit_ = 0;           // bytes the current block takes
+  struct Block {
+    std::unique_ptr<char[]> bytes;
+    size_t size = 0;
+    size_t capacity = 0;
+  };
+  uint32_t newBlock(size_t capacity);
+  uint32_t adopt(const std::shared_ptr<Block>& block);
+
+  std::vector<std::shared_ptr<Block>> blocks_;
+  std::vector<const char*> bases_;  // blocks_[i]->bytes, read on every get
+  size_t current_ = SIZE_MAX;       // the block texts are appended to
+  size_t limit_ = 0;                // bytes the current block takes
   size_t used_ = 0;
   size_t garbage_ = 0;
+  // Blocks last shared from another arena: its block number -> ours.
+  std::vector<uint32_t> sharedAs_;
 };
 
 // The rows of a recordset, column by column. Row numbers are storage
@@ -125,7 +149,9 @@ class CellStore {
   void setText(long row, int index, std::string_view text);
   // The cell of another store (or this one) as it is, when that is a Null
   // or a value of this column's own kind; false (nothing written) else.
-  bool copyCell(long row, int index, const CellStore& from, long fromRow, int fromIndex);
+  // With `shareText`, a text of another store is shared, not copied (see
+  // TextArena::share).
+  bool copyCell(long row, int index, const CellStore& from, long fromRow, int fromIndex, bool shareText = false);
 
   // Bytes held by the chunks, the arena and the cells kept aside.
   size_t memoryUsage() const;

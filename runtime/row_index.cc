@@ -1,5 +1,6 @@
 #include "runtime/row_index.h"
 
+#include <mutex>
 #include <optional>
 
 #include "runtime/recordset.h"
@@ -65,6 +66,63 @@ std::optional<int64_t> RowIndex::integerKey(const Recordset& rs, long row, int i
   return plainInteger(trimView(scratch));
 }
 
+struct RowIndex::IntegerLists {
+  std::once_flag made;
+  std::unordered_map<int64_t, std::vector<long>> rows;
+};
+
+const RowIndex::IntegerSlot& RowIndex::probe(int64_t key) const {
+  const size_t mask = slots_.size() - 1;
+  // The key's low bits, the higher ones folded in: ids of rows read one
+  // after the other (the usual probes) sit side by side in the table, so a
+  // run of probes walks memory in order rather than missing the cache each
+  // time; ids that differ only above the table's size still spread.
+  const uint64_t k = static_cast<uint64_t>(key);
+  const uint64_t high = k >> (64 - shift_);
+  for (size_t i = static_cast<size_t>(k ^ high ^ (high >> (64 - shift_))) & mask;; i = (i + 1) & mask) {
+    const IntegerSlot& s = slots_[i];
+    if (s.first < 0 || s.key == key) return s;
+  }
+}
+
+void RowIndex::growSlots() {
+  std::vector<IntegerSlot> old = std::move(slots_);
+  size_t size = 16;
+  while (size < 2 * (integerCount_ + 1)) size *= 2;
+  slots_.assign(size, IntegerSlot{});
+  shift_ = 64;
+  for (size_t n = size; n > 1; n /= 2) --shift_;
+  for (const IntegerSlot& s : old) {
+    if (s.first >= 0) const_cast<IntegerSlot&>(probe(s.key)) = s;
+  }
+}
+
+void RowIndex::insert(int64_t key, long row) {
+  if (2 * (integerCount_ + 1) > slots_.size()) growSlots();
+  IntegerSlot& s = const_cast<IntegerSlot&>(probe(key));
+  if (s.first < 0) {
+    s = IntegerSlot{key, row, row};
+    ++integerCount_;
+  } else {
+    next_[static_cast<size_t>(s.last)] = row;
+    s.last = row;
+  }
+}
+
+const std::vector<long>& RowIndex::integerRows(int64_t key) const {
+  IntegerLists& lists = *lists_;
+  std::call_once(lists.made, [&] {
+    lists.rows.reserve(integerCount_);
+    for (const IntegerSlot& s : slots_) {
+      if (s.first < 0) continue;
+      std::vector<long>& rows = lists.rows[s.key];
+      for (long r = s.first; r >= 0; r = next_[static_cast<size_t>(r)]) rows.push_back(r);
+    }
+  });
+  auto it = lists.rows.find(key);
+  return it == lists.rows.end() ? kNone : it->second;
+}
+
 RowIndex::RowIndex(const Recordset& rs, const std::vector<std::string>& keyFields) {
   std::vector<int> cols;
   for (const auto& f : keyFields) {
@@ -76,22 +134,28 @@ RowIndex::RowIndex(const Recordset& rs, const std::vector<std::string>& keyField
   // One key column whose every key is a plain integer: numbers straight
   // away; the first other key sends the whole index to texts.
   if (cols.size() == 1) {
-    integers_.reserve(static_cast<size_t>(rs.rowCount()));
+    integerCount_ = static_cast<size_t>(rs.rowCount());
+    growSlots();
+    integerCount_ = 0;
+    next_.assign(static_cast<size_t>(rs.rowCount()), -1);
     bool plain = true;
     for (long row = 0; row < rs.rowCount() && plain; ++row) {
       if (rs.isDeleted(row)) continue;
       const std::optional<int64_t> n = integerKey(rs, row, cols[0], scratch);
       if (n) {
-        integers_[*n].push_back(row);
+        insert(*n, row);
       } else {
         plain = false;
       }
     }
-    if (plain && !integers_.empty()) {
+    if (plain && integerCount_ > 0) {
       integerKeys_ = true;
+      lists_ = std::make_shared<IntegerLists>();
       return;
     }
-    integers_ = {};
+    slots_ = {};
+    next_ = {};
+    integerCount_ = 0;
   }
   rows_.reserve(static_cast<size_t>(rs.rowCount()));
   std::string key;
@@ -112,8 +176,7 @@ const std::vector<long>& RowIndex::find(std::string_view key) const {
   if (integerKeys_) {
     auto n = plainInteger(trimView(key));
     if (!n) return kNone;
-    auto it = integers_.find(*n);
-    return it == integers_.end() ? kNone : it->second;
+    return integerRows(*n);
   }
   auto it = rows_.find(trimView(key));
   return it == rows_.end() ? kNone : it->second;
@@ -126,6 +189,10 @@ const std::vector<long>& RowIndex::find(const std::vector<std::string>& keyParts
 }
 
 long RowIndex::first(std::string_view key) const {
+  if (integerKeys_) {
+    auto n = plainInteger(trimView(key));
+    return n ? probe(*n).first : -1;
+  }
   const auto& rows = find(key);
   return rows.empty() ? -1 : rows.front();
 }
@@ -135,8 +202,7 @@ long RowIndex::first(const Recordset& rs, long row, int index) const {
   if (integerKeys_) {
     const std::optional<int64_t> n = integerKey(rs, row, index, scratch);
     if (!n) return -1;
-    auto it = integers_.find(*n);
-    return it == integers_.end() ? -1 : it->second.front();
+    return probe(*n).first;
   }
   return first(rs.textViewAt(row, index, scratch));
 }

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,7 +38,7 @@ class RowIndex {
   long first(std::string_view key) const;
   // first() of the key in a cell of another recordset, without a copy.
   long first(const Recordset& rs, long row, int index) const;
-  size_t size() const { return integerKeys_ ? integers_.size() : rows_.size(); }
+  size_t size() const { return integerKeys_ ? integerCount_ : rows_.size(); }
 
   static std::string makeKey(const std::vector<std::string>& parts);
 
@@ -53,10 +54,28 @@ class RowIndex {
   };
   static std::optional<int64_t> integerKey(const Recordset& rs, long row, int index, std::string& scratch);
 
+  // With integer keys: each key's first and last row in one open-addressing
+  // table (at most half full), the later rows of a key chained through
+  // next_ (by row), so that a build allocates nothing per key. The lists
+  // find() answers with are made on its first call (shared by copies).
+  struct IntegerSlot {
+    int64_t key = 0;
+    long first = -1;  // -1: a free slot
+    long last = -1;
+  };
+  struct IntegerLists;
+  const IntegerSlot& probe(int64_t key) const;
+  void insert(int64_t key, long row);
+  void growSlots();
+  const std::vector<long>& integerRows(int64_t key) const;
+
   std::unordered_map<std::string, std::vector<long>, NoCaseHash, NoCaseEqual> rows_;
-  // With integer keys, these instead of rows_.
   bool integerKeys_ = false;
-  std::unordered_map<int64_t, std::vector<long>> integers_;
+  std::vector<IntegerSlot> slots_;
+  int shift_ = 64;  // 64 - log2(slots_.size())
+  size_t integerCount_ = 0;
+  std::vector<long> next_;
+  std::shared_ptr<IntegerLists> lists_;
 };
 
 }  // namespace orvalis

@@ -126,7 +126,6 @@ bool Addresses::fncBaseLoop(const std::string& method, Recordset& rsData, Record
     });
 
     step(4, [&] {
-      std::string scratch;
       rsData.reserve(rsQuery.recordCount());
       for (rsQuery.moveFirst(); !rsQuery.eof(); rsQuery.moveNext()) {
         const long row = rsQuery.currentRow();
@@ -136,7 +135,7 @@ bool Addresses::fncBaseLoop(const std::string& method, Recordset& rsData, Record
         const long employee = employeeIndex.first(rsQuery, row, empColumn);
         if (employee < 0) continue;
         for (size_t b = 0; b < std::size(kBlockPrefixes); ++b) {
-          subAddAddressDetails(rsData, blockFields[b], trim(employees.textViewAt(employee, idColumns[b], scratch)));
+          subAddAddressDetails(rsData, blockFields[b], employees, employee, idColumns[b]);
         }
       }
       rsData.moveFirst();
@@ -146,17 +145,21 @@ bool Addresses::fncBaseLoop(const std::string& method, Recordset& rsData, Record
   return result;
 }
 
-void Addresses::subAddAddressDetails(Recordset& rsData, int firstField, std::string_view addressId) {
-  const long address = addressIndex_.first(addressId);
+void Addresses::subAddAddressDetails(Recordset& rsData, int firstField, const Recordset& employees, long employee,
+                                     int idColumn) {
+  // The address id is looked up as the cell holds it (a number without a
+  // trip through its text).
+  const long address = addressIndex_.first(employees, employee, idColumn);
   if (address < 0) return;
   try {
     const long row = rsData.currentRow();
-    for (int i = 0; i < kBlockSize; ++i) rsData.copyAt(row, firstField + i, addresses_, address, i + 1);
+    // The block's texts are shared with the address lookup, not copied.
+    rsData.copyCells(row, firstField, addresses_, address, 1, kBlockSize);
   } catch (...) {
     // The handler is set up only when a value fails, so the per-row cost
     // stays that of the copy; the block reads as if it had always been there.
     std::exception_ptr failure = std::current_exception();
-    std::string temp(addressId);
+    const std::string temp = trim(employees.textAt(employee, idColumn));
     Procedure proc(Handler::Block, componentNames().reports, className(), "subAddAddressDetails");
     proc.variables([&] { return Dump().item("STRTEMP:", temp).text(); });
     proc.run([&](Steps& step) { step(1, [&] { std::rethrow_exception(failure); }); });

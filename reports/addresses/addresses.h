@@ -60,8 +60,10 @@ class Addresses final : public ReportClass {
   // Appends the 48 address fields and opens rsData.
   bool fncCreateBaseRecordset(Recordset& rsData);
   bool fncBaseLoop(const std::string& method, Recordset& rsData, Recordset& rsQuery);
-  // Fills the twelve fields from `firstField` on with the address addressId.
-  void subAddAddressDetails(Recordset& rsData, int firstField, std::string_view addressId);
+  // Fills the twelve fields from `firstField` on with the address whose id
+  // is in column idColumn of row `employee` of the employees.
+  void subAddAddressDetails(Recordset& rsData, int firstField, const Recordset& employees, long employee,
+                            int idColumn);
 
   std::string addId_;
   std::string sql_;

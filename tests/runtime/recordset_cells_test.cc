@@ -109,6 +109,20 @@ TEST(RecordsetStorage, EveryStorageKeepsWhatWasWritten) {
       ASSERT_EQ(copy.isNullAt(r, static_cast<int>(c)), expected(r, c).isNull() || expected(r, c).isEmpty());
     }
   }
+  // The same copy with the texts shared: reads the same, before and after
+  // the source is gone.
+  Recordset shared;
+  for (const FieldDef& f : rs.fields()) shared.appendField(f);
+  for (long r = 0; r < rows; ++r) {
+    shared.addNew();
+    shared.copyCells(r, 0, rs, r, 0, shared.fieldCount());
+  }
+  Recordset kept = rs;
+  rs = Recordset();
+  for (long r = 0; r < rows; ++r) {
+    for (size_t c = 0; c < columns.size(); ++c) ASSERT_EQ(shared.at(r, static_cast<int>(c)), expected(r, c)) << r << " " << c;
+  }
+  rs = std::move(kept);
   // A copy into a field of another type is converted, and refused when the
   // value does not fit.
   Recordset small;
@@ -117,6 +131,59 @@ TEST(RecordsetStorage, EveryStorageKeepsWhatWasWritten) {
   small.copyAt(0, 0, rs, 30, 1);
   EXPECT_EQ(small.at(0, 0), Value(30000));
   EXPECT_EQ(errorNumber([&] { small.copyAt(0, 0, rs, 40, 1); }), err::kMultipleStep);
+}
+
+// Texts shared between recordsets (copyCells) and recordset copies refer to
+// the same text blocks: writing to either side, reclaiming its garbage or
+// dropping it must leave the texts the other side holds as they were, and a
+// store sharing from one recordset and then another must not mix their
+// blocks up.
+TEST(RecordsetStorage, SharedTextsStayWithEverySide) {
+  const auto text = [](const char* tag, long r) { return std::string(tag) + std::to_string(r) + std::string(static_cast<size_t>(r % 50), '.'); };
+  const auto filled = [&](const char* tag) {
+    Recordset rs;
+    rs.appendField("T", ado::adVarChar, 0);
+    rs.appendField("LONG", ado::adLongVarChar, 0);
+    for (long r = 0; r < 3000; ++r) {
+      rs.addNew();
+      rs.setTextAt(r, 0, text(tag, r));
+      if (r % 500 == 0) rs.setTextAt(r, 1, std::string(5000, tag[0]));  // a block of its own
+    }
+    return rs;
+  };
+  Recordset a = filled("a");
+  Recordset b = filled("b");
+  Recordset result;
+  result.appendField("A", ado::adVarChar, 0);
+  result.appendField("AL", ado::adVarChar, 0);
+  result.appendField("B", ado::adVarChar, 0);
+  result.appendField("BL", ado::adVarChar, 0);
+  for (long r = 0; r < 3000; ++r) {
+    result.addNew();
+    result.copyCells(r, 0, a, 2999 - r, 0, 2);
+    result.copyCells(r, 2, b, r, 0, 2);
+  }
+  Recordset snapshot = a;
+  // Both sides keep writing: rewrites until their arenas are compacted.
+  for (int round = 0; round < 3; ++round) {
+    for (long r = 0; r < 3000; ++r) {
+      a.setTextAt(r, 0, std::string(100, 'x'));
+      result.setTextAt(r, 2, text("c", r));
+    }
+  }
+  snapshot.addNew();
+  snapshot.setTextAt(3000, 0, "after the copy");
+  b = Recordset();
+  for (long r = 0; r < 3000; ++r) {
+    ASSERT_EQ(result.textAt(r, 0), text("a", 2999 - r)) << r;
+    ASSERT_EQ(result.textAt(r, 1), (2999 - r) % 500 == 0 ? std::string(5000, 'a') : "") << r;
+    ASSERT_EQ(result.textAt(r, 2), text("c", r)) << r;
+    ASSERT_EQ(result.textAt(r, 3), r % 500 == 0 ? std::string(5000, 'b') : "") << r;
+    ASSERT_EQ(snapshot.textAt(r, 0), text("a", r)) << r;
+    ASSERT_EQ(a.textAt(r, 0), std::string(100, 'x')) << r;
+  }
+  EXPECT_EQ(snapshot.textAt(3000, 0), "after the copy");
+  EXPECT_EQ(a.rowCount(), 3000);
 }
 
 }  // namespace

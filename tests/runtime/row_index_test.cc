@@ -1,6 +1,8 @@
 // RowIndex: the hash lookups that stand in for filtering a recordset by code.
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "runtime/error.h"
 #include "runtime/recordset.h"
 
@@ -82,6 +84,34 @@ TEST(RowIndex, IntegerKeysMatchTheirPlainText) {
   EXPECT_EQ(byText.find("7"), (std::vector<long>{0, 2}));
   EXPECT_EQ(byText.first("X"), 3);
   EXPECT_EQ(byText.first(ids, 0, 0), 0);
+}
+
+// Many integer keys, some repeated, negative or deleted, and rows that grow
+// the table past its first size: every probe answers as a scan of the
+// recordset would, on the index and on a copy of it.
+TEST(RowIndex, ManyIntegerKeysAnswerAsAScanWould) {
+  Recordset ids;
+  ids.appendField("SEQ_ID", ado::adInteger, 4);
+  const auto keyOf = [](long r) { return r % 7 == 0 ? -(r / 7) : (r * 7919) % 40000; };
+  for (long r = 0; r < 30000; ++r) {
+    ids.addNew();
+    ids.set(0, Value(keyOf(r)));
+    if (r % 11 == 5) ids.deleteCurrent();
+  }
+  const RowIndex index(ids, {"SEQ_ID"});
+  const RowIndex copy = index;
+  std::map<long, std::vector<long>> scan;
+  for (long r = 0; r < ids.rowCount(); ++r) {
+    if (!ids.isDeleted(r)) scan[keyOf(r)].push_back(r);
+  }
+  EXPECT_EQ(index.size(), scan.size());
+  for (long key = -5000; key < 41000; key += 3) {
+    const auto it = scan.find(key);
+    const std::vector<long> expected = it == scan.end() ? std::vector<long>{} : it->second;
+    ASSERT_EQ(index.first(std::to_string(key)), expected.empty() ? -1 : expected.front()) << key;
+    ASSERT_EQ(copy.find(std::to_string(key)), expected) << key;
+  }
+  EXPECT_EQ(index.find("-3"), scan[-3]);
 }
 
 // The copy-free writes store what set() would.
