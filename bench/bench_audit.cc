@@ -74,15 +74,18 @@ void auditReport(benchmark::State& state) {
   HREnvironment::set(environment);
 
   long rows = 0;
+  size_t bytes = 0;
   for (auto _ : state) {
     reports::AuditData report;
     Recordset rs;
     Parameters parameters{Value(kTables), Value(kFrom), Value(kTo)};
     if (!report.ExtractData(environment, "PNL_AUDIT", parameters, rs)) state.SkipWithError("no rows");
     rows = rs.recordCount();
+    bytes = rs.memoryUsage();
   }
   if (!recorder->errors().empty()) state.SkipWithError(recorder->errors().front().description.c_str());
   state.counters["rows"] = static_cast<double>(rows);
+  state.counters["MB"] = static_cast<double>(bytes) / 1e6;
   state.counters["rows/s"] = benchmark::Counter(static_cast<double>(rows), benchmark::Counter::kIsIterationInvariantRate);
   HREnvironment::set(nullptr);
 }
@@ -102,8 +105,14 @@ void drivingRead(benchmark::State& state) {
   const std::string sql = reports::AuditData::auditSql("ORV01", reports::AuditData::quotedTables(kTables), kFrom,
                                                        kTo, "");
   long rows = 0;
-  for (auto _ : state) rows = connection->query(sql).recordCount();
+  size_t bytes = 0;
+  for (auto _ : state) {
+    Recordset rs = connection->query(sql);
+    rows = rs.recordCount();
+    bytes = rs.memoryUsage();
+  }
   state.counters["rows"] = static_cast<double>(rows);
+  state.counters["MB"] = static_cast<double>(bytes) / 1e6;
 }
 
 void BM_Audit_SQLite(benchmark::State& state) { auditReport(state); }
