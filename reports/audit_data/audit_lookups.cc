@@ -103,6 +103,7 @@ AuditLookups::Originals& AuditLookups::originalsOf(const std::string& table) {
     const Recordset& rs = o.records;
     const int first = o.byEmployee ? 1 : 0;
     std::string key, scratch;
+    if (rs.isOpen()) o.byKey.reserve(static_cast<size_t>(rs.rowCount()));
     for (long row = 0; rs.isOpen() && row < rs.rowCount(); ++row) {
       key.clear();
       if (o.byEmployee) {
@@ -110,7 +111,7 @@ AuditLookups::Originals& AuditLookups::originalsOf(const std::string& table) {
         key += '\x1f';
       }
       key += blankTrimmed(rs.textViewAt(row, first, scratch));
-      if (!o.byKey.find(key)) o.byKey.add(key, Original{row, false, {}});  // the first of equal keys
+      if (!o.byKey.find(key)) o.byKey.add(key, Original{static_cast<int32_t>(row), -1});  // the first of equal keys
     }
   }
   return originals_.emplace(table, std::move(o)).first->second;
@@ -128,16 +129,18 @@ std::string_view AuditLookups::describe(Originals& originals, std::string_view e
   scratch += seqId;
   Original* o = originals.byKey.find(scratch);
   if (!o) return {};
-  if (!o->described) {
+  if (o->description < 0) {
     const Recordset& rs = originals.records;
     const int first = originals.byEmployee ? 1 : 0;
     const Value start = rs.at(o->row, first + 1);
     const std::string date = start.isDate() ? formatDate(start.asDate(), "DD/MM/YYYY") : trim(start.text());
     const std::string description = trim(rs.textAt(o->row, first + 2));
-    o->description = date.empty() ? description : description.empty() ? date : date + " - " + description;
-    o->described = true;
+    o->description = static_cast<int32_t>(originals.descriptions.size());
+    originals.descriptions.push_back(date.empty()          ? description
+                                     : description.empty() ? date
+                                                           : date + " - " + description);
   }
-  return o->description;
+  return originals.descriptions[static_cast<size_t>(o->description)];
 }
 
 std::string AuditLookups::originalDescription(const std::string& table, const std::string& empId,

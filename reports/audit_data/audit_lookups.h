@@ -23,10 +23,12 @@
 // Owned by one report run; reads through HREnvironment; single-threaded.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "reports/audit_data/text_map.h"
 #include "runtime/recordset.h"
@@ -76,14 +78,14 @@ class AuditLookups {
   // The table's records, filed by "EMP\x1fSEQ" (byEmployee) or "SEQ";
   // a record's description is made when it is first asked for.
   struct Original {
-    long row = -1;
-    bool described = false;
-    std::string description;
+    int32_t row = -1;
+    int32_t description = -1;  // in descriptions, once made
   };
   struct Originals {
     bool byEmployee = false;
     Recordset records;  // [EMP_ID,] SEQ_ID, START_DATE, DESCRIPTION
     TextMap<Original> byKey;
+    std::vector<std::string> descriptions;
   };
 
  private:

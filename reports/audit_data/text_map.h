@@ -30,11 +30,17 @@ class TextMap {
   }
   // Adds a key that find() did not find.
   T& add(std::string_view key, T value) {
-    if ((used_ + 1) * 2 > slots_.size()) grow();
+    if ((used_ + 1) * 2 > slots_.size()) grow(slots_.empty() ? 64 : slots_.size() * 2);
     ++used_;
     return place(std::string(key), std::move(value));
   }
   size_t size() const { return used_; }
+  // Room for this many keys without growing.
+  void reserve(size_t keys) {
+    size_t slots = 64;
+    while (slots < keys * 2) slots *= 2;
+    if (slots > slots_.size()) grow(slots);
+  }
 
  private:
   struct Slot {
@@ -50,10 +56,10 @@ class TextMap {
     slots_[i] = Slot{std::move(key), std::move(value), true};
     return slots_[i].value;
   }
-  void grow() {
+  void grow(size_t slots) {
     std::vector<Slot> old = std::move(slots_);
     slots_.clear();
-    slots_.resize(old.empty() ? 64 : old.size() * 2);
+    slots_.resize(slots);
     for (Slot& s : old) {
       if (s.used) place(std::move(s.key), std::move(s.value));
     }
