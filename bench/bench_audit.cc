@@ -61,9 +61,9 @@ std::string sqliteUrl(long auditRows) {
   return urls[auditRows] = "sqlite:" + file.string();
 }
 
-bool runReport(std::shared_ptr<StandaloneEnvironment> environment, Recordset& rs) {
+bool runReport(std::shared_ptr<StandaloneEnvironment> environment, Recordset& rs, const char* from = kFrom) {
   reports::AuditData report;
-  Parameters parameters{Value(kTables), Value(kFrom), Value(kTo)};
+  Parameters parameters{Value(kTables), Value(from), Value(kTo)};
   return report.ExtractData(environment, "PNL_AUDIT", parameters, rs);
 }
 
@@ -83,6 +83,13 @@ void auditReport(benchmark::State& state) {
 
   long rows = 0;
   size_t bytes = 0;
+  {
+    // The process's one-off reads (the connection, the data dictionary)
+    // on the last day's rows, outside the timing: the shell's script is
+    // traced from a second run, which does not send them either.
+    Recordset warm;
+    runReport(environment, warm, kTo);
+  }
   const double before = bench::selfCpuMs();
   for (auto _ : state) {
     Recordset rs;
