@@ -150,22 +150,24 @@ TEST_F(AuditDataReport, EachRowGetsItsOwnEmployeeAndRecord) {
        "('ORV01', '100002', 'XX', 'Bartholomew-Smythe', 'STD')");
   exec("insert into PNLEMPHST (VARIATION_ID, EMP_ID, SEQ_ID, DESCRIPTION, START_DATE) values "
        "('ORV01', '100002', 3, 'Clerk', NULL), ('ORV01', '100002', 4, NULL, '2023-01-02'), "
-       "('ORV01', 'abc9', 1, 'Temp', '2020-05-15'), ('ORV02', '100001', 9, 'Other company', '2020-01-01')");
+       "('ORV01', 'Abc9', 1, 'Temp', '2020-05-15'), ('ORV02', '100001', 9, 'Other company', '2020-01-01')");
   addAudit(1, "2024-03-01", "PNLEMPHST", "JOB_ID", "100002", "AM", "JS", "'3'");
   addAudit(2, "2024-03-01", "PNLEMPHST", "JOB_ID", "100001", "AM", "JS", "'3'");
-  addAudit(3, "2024-03-01", "PNLEMPHST", "JOB_ID", "ABC9", "AM", "JS", "'1'");
+  addAudit(3, "2024-03-01", "PNLEMPHST", "JOB_ID", "aBC9", "AM", "JS", "'1'");
   addAudit(4, "2024-03-01", "PNLEMPHST", "JOB_ID", "100002", "AM", "JS", "' 4 '");
   addAudit(5, "2024-03-01", "PNLEMPMST", "SURNAME", "100001", "AM", "JS", "'5'");
   addAudit(6, "2024-03-01", "PNLEMPHST", "JOB_ID", "100001", "AM", "JS", "'9'");
   ASSERT_TRUE(extract({"PNLEMPMST,PNLEMPHST", "01/03/2024", "01/03/2024"}));
   rs_.setSort("EMP_ID, ORIG_SEQ_ID");
-  EXPECT_EQ(column("EMP_ID"), (std::vector<std::string>{"100001", "100001", "100001", "100002", "100002", "ABC9"}));
+  EXPECT_EQ(column("EMP_ID"), (std::vector<std::string>{"100001", "100001", "100001", "100002", "100002", "aBC9"}));
   EXPECT_EQ(column("ORIG_SEQ_ID"), (std::vector<std::string>{"3", "5", "9", "3", "4", "1"}));
   EXPECT_EQ(column("ORIG_DESCRIPTION"), (std::vector<std::string>{"01/09/2021 - Payroll Clerk", "", "", "Clerk",
                                                                   "02/01/2023", "15/05/2020 - Temp"}));
   EXPECT_EQ(column("EMP_SURNAME"), (std::vector<std::string>{"Ames", "Ames", "Ames", "Bartholomew-Smythe",
                                                              "Bartholomew-Smythe", ""}));
   EXPECT_EQ(column("EMP_DEPT_ID"), (std::vector<std::string>{"FIN", "FIN", "FIN", "XX", "XX", ""}));
+  EXPECT_EQ(column("EMP_TITLE_ID"), (std::vector<std::string>{"MRS", "MRS", "MRS", "", "", ""}));
+  EXPECT_EQ(column("EMP_KNOWNAS"), (std::vector<std::string>{"Ada A", "Ada A", "Ada A", "", "", ""}));
   EXPECT_EQ(column("EMP_DEPT_DESC"), (std::vector<std::string>{"Finance", "Finance", "Finance", "", "", ""}));
   EXPECT_EQ(column("EMP_CAT_DESC"), (std::vector<std::string>{"Standard week", "Standard week", "Standard week",
                                                               "Standard week", "Standard week", ""}));
