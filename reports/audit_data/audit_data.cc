@@ -1,15 +1,15 @@
 #include "reports/audit_data/audit_data.h"
 
 #include <array>
-#include <functional>
+#include <cstdint>
 #include <string_view>
 #include <vector>
-#include <unordered_map>
 
 #include "component/class_registry.h"
 #include "data/data_functions.h"
 #include "data/dialect_functions.h"
 #include "data/sql_text.h"
+#include "reports/audit_data/text_map.h"
 #include "reports/shared/blank_trimmed.h"
 #include "runtime/basic_date.h"
 #include "runtime/basic_string.h"
@@ -20,12 +20,6 @@ namespace orvalis::reports {
 namespace {
 
 constexpr const char* kReportName = "PNL_AUDIT";
-
-// Hashing for maps probed with a view of a cell's text.
-struct ViewHash {
-  using is_transparent = void;
-  size_t operator()(std::string_view s) const { return std::hash<std::string_view>()(s); }
-};
 
 // A date parameter as the database's date text; anything else is no date.
 std::string dateParameter(const std::string& text, const char* which) {
@@ -41,53 +35,6 @@ const ReportClassInfo& published() {
   static const ReportClassInfo info{"AuditData", {"ExtractData"}, Handler::Block, newReportClass<AuditData>};
   return info;
 }
-
-// Rows by key text, probed once per audit row: open addressing with the
-// keys in the slots (an audit key is short enough to be held inside its
-// string), so a probe is one or two cache lines where a node-based map
-// takes three or more.
-class KeyRows {
- public:
-  long* find(std::string_view key) {
-    if (slots_.empty()) return nullptr;
-    for (size_t i = hash(key) & mask();; i = (i + 1) & mask()) {
-      Slot& s = slots_[i];
-      if (!s.used) return nullptr;
-      if (s.key == key) return &s.row;
-    }
-  }
-  // Adds a key that find() did not find.
-  long& add(std::string_view key, long row) {
-    if ((used_ + 1) * 2 > slots_.size()) grow();
-    ++used_;
-    return place(std::string(key), row);
-  }
-
- private:
-  struct Slot {
-    std::string key;
-    long row = -1;
-    bool used = false;
-  };
-  static size_t hash(std::string_view key) { return std::hash<std::string_view>()(key); }
-  size_t mask() const { return slots_.size() - 1; }
-  long& place(std::string key, long row) {
-    size_t i = hash(key) & mask();
-    while (slots_[i].used) i = (i + 1) & mask();
-    slots_[i] = Slot{std::move(key), row, true};
-    return slots_[i].row;
-  }
-  void grow() {
-    std::vector<Slot> old = std::move(slots_);
-    slots_.assign(old.empty() ? 1024 : old.size() * 2, Slot{});
-    for (Slot& s : old) {
-      if (s.used) place(std::move(s.key), s.row);
-    }
-  }
-
-  std::vector<Slot> slots_;  // a power of two, at most half used
-  size_t used_ = 0;
-};
 
 }  // namespace
 
@@ -187,6 +134,29 @@ bool AuditData::createBaseRecordset(const std::string&, Recordset& rsData) {
 
 void AuditData::dumpVariables(Dump& dump) const { dump.item("STRSQL = ", sql_); }
 
+namespace {
+
+// What the audit report writes for one employee: the EMP_ fields, made
+// once per employee named by the audit rows. Texts are held one after
+// another (a row copies them from one place); the fields of other types
+// stay in a recordset of their own, so that they are converted once and
+// copied as stored.
+struct EmployeeCells {
+  std::string texts;
+  std::vector<uint32_t> ends;  // where each text field's text ends in texts
+  long others = -1;            // the row of the other fields
+};
+
+// The report's text of an action code, without a copy.
+std::string_view actionView(std::string_view code) {
+  if (code == "IN") return "Insert";
+  if (code == "AM") return "Amend";
+  if (code == "DE") return "Delete";
+  return {};
+}
+
+}  // namespace
+
 bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset& drv) {
   bool result = false;
   std::string actionCode;
@@ -204,34 +174,36 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
                 cTime = drv.fieldIndex("AUD_TIME"), cUser = drv.fieldIndex("USER_ID"),
                 cAction = drv.fieldIndex("AUD_ACTION"), cData = drv.fieldIndex("AUD_DATA"),
                 cWas = drv.fieldIndex("AUD_WAS"), cOrig = drv.fieldIndex("ORIG_SEQ_ID");
+      const bool timeIsText = ado::isTextType(drv.field(cTime).type);
       auto fittedText = [&](size_t column, const std::string& value) {
-        return Value(fitted(value, fields[column].size));
+        return std::string(fitted(value, fields[column].size));
       };
-      // What depends on the employee alone (the 17 EMP_ fields from
-      // column kFirstEmployeeField on) is made once per employee, in a
-      // recordset of those fields' types; a million audit rows name a few
-      // thousand employees, and each row copies the employee's cells as
-      // they are stored.
+      // The EMP_ fields (from column kFirstEmployeeField on), once per
+      // employee: a million audit rows name a few thousand employees.
       constexpr size_t kFirstEmployeeField = 15;
-      Recordset employeeCells;
+      std::vector<int> textFields, otherFields;  // result columns
+      Recordset otherCells;
       for (size_t i = kFirstEmployeeField; i < fields.size(); ++i) {
-        employeeCells.appendField(fields[i].name, fields[i].type, fields[i].size);
+        if (ado::isTextType(fields[i].type)) {
+          textFields.push_back(static_cast<int>(i));
+        } else {
+          otherFields.push_back(static_cast<int>(i));
+          otherCells.appendField(fields[i].name, fields[i].type, fields[i].size);
+        }
       }
-      employeeCells.open();
-      const int employeeFieldCount = employeeCells.fieldCount();
-      std::vector<long> employeeCellRow(static_cast<size_t>(emp.isOpen() ? emp.rowCount() : 0), -1);
-      auto employeeRow = [&](long e) {
-        long& cached = employeeCellRow[static_cast<size_t>(e)];
-        if (cached >= 0) return cached;
-        employeeCells.addNew();
-        cached = employeeCells.currentRow();
-        int at = 0;
+      otherCells.open();
+      std::vector<EmployeeCells> employeeCells;
+      auto employeeEntry = [&](long e) {
+        EmployeeCells cells;
         auto empText = [&](int c) { return trim(emp.textAt(e, c)); };
         auto add = [&](const std::string& text) {
-          employeeCells.set(at, Value(fitted(text, fields[kFirstEmployeeField + static_cast<size_t>(at)].size)));
-          ++at;
+          cells.texts += fitted(text, fields[static_cast<size_t>(textFields[cells.ends.size()])].size);
+          cells.ends.push_back(static_cast<uint32_t>(cells.texts.size()));
         };
-        auto addValue = [&](int c) { employeeCells.set(at++, emp.at(e, c)); };
+        otherCells.addNew();
+        cells.others = otherCells.currentRow();
+        int other = 0;
+        auto addValue = [&](int c) { otherCells.setAt(cells.others, other++, emp.at(e, c)); };
         add(empText(1));
         add(lookups_.department(empText(1)));
         add(empText(2));
@@ -249,107 +221,118 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
         add(lookups_.category(empText(12)));
         add(empText(13));
         add(lookups_.payTemplate(empText(13)));
-        return cached;
+        employeeCells.push_back(std::move(cells));
+        return static_cast<long>(employeeCells.size() - 1);
       };
       // Entity, its caption, field and its caption (columns 1, 2, 4 and
-      // 5), once per table and column as the audit rows spell them.
+      // 5), and the table's record descriptions, once per table and column
+      // as the audit rows spell them.
       struct Captions {
+        std::array<std::string, 4> texts;
         std::string entity;
-        std::array<Value, 4> values;
+        AuditLookups::Originals* originals = nullptr;  // read on first need
       };
-      std::unordered_map<std::string, Captions, ViewHash, std::equal_to<>> captions;
+      TextMap<Captions> captions;
       std::string captionKey;
-      auto captionValues = [&](std::string_view rawEntity, std::string_view rawField) -> const Captions& {
+      auto captionTexts = [&](std::string_view rawEntity, std::string_view rawField) -> Captions& {
         captionKey.assign(rawEntity);
         captionKey += '\x1f';
         captionKey += rawField;
-        auto it = captions.find(captionKey);
-        if (it != captions.end()) return it->second;
+        if (Captions* known = captions.find(captionKey)) return *known;
         const std::string entity = upperTrim(rawEntity), field = upperTrim(rawField);
-        std::array<Value, 4> values = {fittedText(1, entity), fittedText(2, lookups_.entityCaption(entity)),
-                                       fittedText(4, field), fittedText(5, lookups_.fieldCaption(entity, field))};
-        return captions.emplace(captionKey, Captions{entity, std::move(values)}).first->second;
+        Captions c{{fittedText(1, entity), fittedText(2, lookups_.entityCaption(entity)), fittedText(4, field),
+                    fittedText(5, lookups_.fieldCaption(entity, field))},
+                   entity};
+        return captions.add(captionKey, std::move(c));
       };
-      std::unordered_map<std::string, Value, ViewHash, std::equal_to<>> userNames;
-      auto userNameValue = [&](std::string_view user) -> const Value& {
-        auto it = userNames.find(user);
-        if (it == userNames.end()) {
-          it = userNames.emplace(std::string(user), fittedText(9, lookups_.userName(std::string(user)))).first;
-        }
-        return it->second;
+      TextMap<std::string> userNames;
+      auto userName = [&](std::string_view user) -> const std::string& {
+        if (const std::string* known = userNames.find(user)) return *known;
+        return userNames.add(user, fittedText(9, lookups_.userName(std::string(user))));
       };
-      const Value reportName = fittedText(0, kReportName);
-      std::unordered_map<std::string, Value> times;
-      // By KEY_ID as the audit rows spell it: the employee's row, or -1.
-      KeyRows employeeRows;
-      std::string keyScratch, userScratch, origScratch, actionScratch, entityScratch, fieldScratch, scratch;
+      const std::string_view reportName = fitted(kReportName, fields[0].size);
+      TextMap<Value> times;
+      // By KEY_ID as the audit rows spell it: the employee's entry in
+      // employeeCells, or -1.
+      TextMap<long> employeeRows;
+      std::vector<long> entryOfRow(static_cast<size_t>(emp.isOpen() ? emp.rowCount() : 0), -1);
+      std::string keyScratch, userScratch, origScratch, actionScratch, entityScratch, fieldScratch, timeScratch,
+          describeScratch, scratch;
 
       rsData.reserve(drv.recordCount());
-      // Rows are read and written by number, texts as views of their cells:
-      // the cursor's checks and the Values get() builds cost more than the
-      // rest of a row.
+      // Rows are read and written by number, texts as views of their cells
+      // written straight to the result's cells: the cursor's checks and
+      // the Values get() builds cost more than the rest of a row.
       for (drv.moveFirst(); !drv.eof(); drv.moveNext()) {
         const long d = drv.currentRow();
         const std::string_view key = blankTrimmed(drv.textViewAt(d, cKey, keyScratch));
         const std::string_view user = blankTrimmed(drv.textViewAt(d, cUser, userScratch));
         const std::string_view orig = blankTrimmed(drv.textViewAt(d, cOrig, origScratch));
-        actionCode.assign(blankTrimmed(drv.textViewAt(d, cAction, actionScratch)));
-        Value time = drv.at(d, cTime);
-        if (time.isText() && clockTime(time.asText(), time)) {
-          // "HH:MM:SS" as the audit writer stores it, read directly.
-        } else if (time.isText()) {
-          // "HH:MM:SS" texts repeat: each is read as a time once.
-          auto it = times.find(time.asText());
-          if (it == times.end()) {
-            it = times.emplace(time.asText(), isDate(time) ? Value(time.toDate()) : Value::null()).first;
-          }
-          time = it->second;
-        } else if (!time.isNull() && !isDate(time)) {
-          time = Value::null();
-        }
-        const Captions& captioned =
-            captionValues(drv.textViewAt(d, cEntity, entityScratch), drv.textViewAt(d, cField, fieldScratch));
-        const std::array<Value, 4>& caption = captioned.values;
+        const std::string_view action = blankTrimmed(drv.textViewAt(d, cAction, actionScratch));
+        Captions& captioned =
+            captionTexts(drv.textViewAt(d, cEntity, entityScratch), drv.textViewAt(d, cField, fieldScratch));
 
         rsData.addNew();
         const long r = rsData.currentRow();
-        // Texts go to their cells without a Value copied on the way.
-        const auto put = [&](int column, const Value& v) {
-          if (v.isText()) {
-            rsData.setTextAt(r, column, v.asText());
-          } else {
-            rsData.setAt(r, column, v);
-          }
-        };
         const auto putText = [&](int column, std::string_view text) {
           rsData.setTextAt(r, column, fitted(text, fields[static_cast<size_t>(column)].size));
         };
-        put(0, reportName);
-        put(1, caption[0]);
-        put(2, caption[1]);
+        rsData.setTextAt(r, 0, reportName);
+        rsData.setTextAt(r, 1, captioned.texts[0]);
+        rsData.setTextAt(r, 2, captioned.texts[1]);
         putText(3, key);
-        put(4, caption[2]);
-        put(5, caption[3]);
+        rsData.setTextAt(r, 4, captioned.texts[2]);
+        rsData.setTextAt(r, 5, captioned.texts[3]);
         rsData.copyAt(r, 6, drv, d, cDate);
-        rsData.setAt(r, 7, std::move(time));
+        if (Value clock; timeIsText && clockTime(drv.textViewAt(d, cTime, timeScratch), clock)) {
+          // "HH:MM:SS" as the audit writer stores it, read directly.
+          rsData.setAt(r, 7, std::move(clock));
+        } else {
+          Value time = drv.at(d, cTime);
+          if (time.isText()) {
+            // Other time texts repeat too: each is read as a time once.
+            Value* known = times.find(time.asText());
+            if (!known) known = &times.add(time.asText(), isDate(time) ? Value(time.toDate()) : Value::null());
+            time = *known;
+          } else if (!time.isNull() && !isDate(time)) {
+            time = Value::null();
+          }
+          rsData.setAt(r, 7, std::move(time));
+        }
         putText(8, user);
-        put(9, userNameValue(user));
-        putText(10, actionText(actionCode));
+        rsData.setTextAt(r, 9, userName(user));
+        actionCode.assign(action);
+        putText(10, actionView(action));
         putText(11, blankTrimmed(drv.textViewAt(d, cWas, scratch)));
         putText(12, blankTrimmed(drv.textViewAt(d, cData, scratch)));
         putText(13, orig);
-        if (!orig.empty()) {
-          putText(14, lookups_.originalDescription(captioned.entity, std::string(key), std::string(orig)));
+        // No ORIG_SEQ_ID: the description of no record, "".
+        if (orig.empty()) {
+          putText(14, "");
         } else {
-          putText(14, "");  // as the description of no record
+          if (!captioned.originals) captioned.originals = &lookups_.originalsOf(captioned.entity);
+          putText(14, AuditLookups::describe(*captioned.originals, key, orig, describeScratch));
         }
         long* known = employeeRows.find(key);
-        if (!known) known = &employeeRows.add(key, lookups_.employeeRow(std::string(key)));
-        const long e = *known;
-        if (e < 0) continue;  // no employee: the EMP_ fields stay empty
-        const long cells = employeeRow(e);
-        for (int i = 0; i < employeeFieldCount; ++i) {
-          rsData.copyAt(r, static_cast<int>(kFirstEmployeeField) + i, employeeCells, cells, i);
+        if (!known) {
+          const long e = lookups_.employeeRow(std::string(key));
+          long entry = -1;
+          if (e >= 0) {
+            long& shared = entryOfRow[static_cast<size_t>(e)];
+            if (shared < 0) shared = employeeEntry(e);
+            entry = shared;
+          }
+          known = &employeeRows.add(key, entry);
+        }
+        if (*known < 0) continue;  // no employee: the EMP_ fields stay empty
+        const EmployeeCells& cells = employeeCells[static_cast<size_t>(*known)];
+        uint32_t from = 0;
+        for (size_t i = 0; i < textFields.size(); ++i) {
+          rsData.setTextAt(r, textFields[i], std::string_view(cells.texts).substr(from, cells.ends[i] - from));
+          from = cells.ends[i];
+        }
+        for (size_t i = 0; i < otherFields.size(); ++i) {
+          rsData.copyAt(r, otherFields[i], otherCells, cells.others, static_cast<int>(i));
         }
       }
       rsData.moveFirst();

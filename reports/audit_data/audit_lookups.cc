@@ -5,6 +5,7 @@
 #include "data/data_functions.h"
 #include "data/dictionary.h"
 #include "data/sql_text.h"
+#include "reports/shared/blank_trimmed.h"
 #include "runtime/basic_date.h"
 #include "runtime/basic_string.h"
 
@@ -89,38 +90,64 @@ const std::string& AuditLookups::fieldCaption(const std::string& table, const st
   return it->second;
 }
 
-const AuditLookups::Map& AuditLookups::originals(const std::string& table) {
+AuditLookups::Originals& AuditLookups::originalsOf(const std::string& table) {
   auto it = originals_.find(table);
   if (it != originals_.end()) return it->second;
-  Map map;
-  const bool byEmployee = hasKeyColumn(table, "EMP_ID");
-  keyedByEmployee_[table] = byEmployee;
+  Originals o;
+  o.byEmployee = hasKeyColumn(table, "EMP_ID");
   if (plainName(table) && !fieldDataType(table + ".SEQ_ID").empty() &&
       !fieldDataType(table + ".START_DATE").empty() && !fieldDataType(table + ".DESCRIPTION").empty()) {
-    Recordset rs = openRecordset(std::string("SELECT ") + (byEmployee ? "EMP_ID, " : "") +
-                                 "SEQ_ID, START_DATE, DESCRIPTION FROM " + table + " WHERE VARIATION_ID = '" +
-                                 sqlQuote(variation_) + "'");
-    const int first = byEmployee ? 1 : 0;
+    o.records = openRecordset(std::string("SELECT ") + (o.byEmployee ? "EMP_ID, " : "") +
+                              "SEQ_ID, START_DATE, DESCRIPTION FROM " + table + " WHERE VARIATION_ID = '" +
+                              sqlQuote(variation_) + "'");
+    const Recordset& rs = o.records;
+    const int first = o.byEmployee ? 1 : 0;
+    std::string key, scratch;
+    if (rs.isOpen()) o.byKey.reserve(static_cast<size_t>(rs.rowCount()));
     for (long row = 0; rs.isOpen() && row < rs.rowCount(); ++row) {
-      Value start = rs.at(row, first + 1);
-      std::string date = start.isDate() ? formatDate(start.asDate(), "DD/MM/YYYY") : trim(start.text());
-      std::string description = trim(rs.textAt(row, first + 2));
-      std::string text = date.empty() ? description : description.empty() ? date : date + " - " + description;
-      std::string key = trim(rs.textAt(row, first));
-      if (byEmployee) key = upperTrim(rs.textAt(row, 0)) + '\x1f' + key;
-      map.emplace(std::move(key), std::move(text));
+      key.clear();
+      if (o.byEmployee) {
+        key = ucase(blankTrimmed(rs.textViewAt(row, 0, scratch)));
+        key += '\x1f';
+      }
+      key += blankTrimmed(rs.textViewAt(row, first, scratch));
+      if (!o.byKey.find(key)) o.byKey.add(key, Original{static_cast<int32_t>(row), -1});  // the first of equal keys
     }
   }
-  return originals_.emplace(table, std::move(map)).first->second;
+  return originals_.emplace(table, std::move(o)).first->second;
+}
+
+std::string_view AuditLookups::describe(Originals& originals, std::string_view empId, std::string_view seqId,
+                                        std::string& scratch) {
+  seqId = blankTrimmed(seqId);
+  if (seqId.empty()) return {};
+  scratch.clear();
+  if (originals.byEmployee) {
+    for (char c : blankTrimmed(empId)) scratch += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    scratch += '\x1f';
+  }
+  scratch += seqId;
+  Original* o = originals.byKey.find(scratch);
+  if (!o) return {};
+  if (o->description < 0) {
+    const Recordset& rs = originals.records;
+    const int first = originals.byEmployee ? 1 : 0;
+    const Value start = rs.at(o->row, first + 1);
+    const std::string date = start.isDate() ? formatDate(start.asDate(), "DD/MM/YYYY") : trim(start.text());
+    const std::string description = trim(rs.textAt(o->row, first + 2));
+    o->description = static_cast<int32_t>(originals.descriptions.size());
+    originals.descriptions.push_back(date.empty()          ? description
+                                     : description.empty() ? date
+                                                           : date + " - " + description);
+  }
+  return originals.descriptions[static_cast<size_t>(o->description)];
 }
 
 std::string AuditLookups::originalDescription(const std::string& table, const std::string& empId,
                                               const std::string& seqId) {
   if (trim(seqId).empty()) return "";
-  const Map& map = originals(table);
-  std::string key = keyedByEmployee_[table] ? upperTrim(empId) + '\x1f' + trim(seqId) : trim(seqId);
-  auto it = map.find(key);
-  return it == map.end() ? "" : it->second;
+  std::string scratch;
+  return std::string(describe(originalsOf(table), empId, seqId, scratch));
 }
 
 }  // namespace orvalis::reports

@@ -23,9 +23,14 @@
 // Owned by one report run; reads through HREnvironment; single-threaded.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <vector>
 
+#include "reports/audit_data/text_map.h"
 #include "runtime/recordset.h"
 
 namespace orvalis::reports {
@@ -48,23 +53,49 @@ class AuditLookups {
   const std::string& fieldCaption(const std::string& table, const std::string& field);
   std::string originalDescription(const std::string& table, const std::string& empId, const std::string& seqId);
 
+  // One table's record descriptions, for a caller that describes many
+  // records of the table: describe() is originalDescription() on them,
+  // probing without a copy of the texts (scratch holds the probe key).
+  struct Originals;
+  Originals& originalsOf(const std::string& table);
+  static std::string_view describe(Originals& originals, std::string_view empId, std::string_view seqId,
+                                   std::string& scratch);
+
   // The statements load() runs, for the error dump.
   static std::string employeesSql(const std::string& variation);
   static std::string codesSql(const std::string& table, const std::string& variation);
 
  private:
-  using Map = std::unordered_map<std::string, std::string>;
+  struct ViewHash {
+    using is_transparent = void;
+    size_t operator()(std::string_view s) const { return std::hash<std::string_view>()(s); }
+  };
+  using Map = std::unordered_map<std::string, std::string, ViewHash, std::equal_to<>>;
   static const std::string& find(const Map& map, const std::string& key);
   Map readCodes(const std::string& sql) const;
-  const Map& originals(const std::string& table);
+
+ public:
+  // The table's records, filed by "EMP\x1fSEQ" (byEmployee) or "SEQ";
+  // a record's description is made when it is first asked for.
+  struct Original {
+    int32_t row = -1;
+    int32_t description = -1;  // in descriptions, once made
+  };
+  struct Originals {
+    bool byEmployee = false;
+    Recordset records;  // [EMP_ID,] SEQ_ID, START_DATE, DESCRIPTION
+    TextMap<Original> byKey;
+    std::vector<std::string> descriptions;
+  };
+
+ private:
 
   std::string variation_;
   Recordset employees_;
   RowIndex employeeIndex_;
   Map departments_, locations_, categories_, templates_, users_;
   Map entityCaptions_, fieldCaptions_;
-  std::unordered_map<std::string, Map> originals_;      // by table, "EMP\x1fSEQ" or "SEQ"
-  std::unordered_map<std::string, bool> keyedByEmployee_;
+  std::unordered_map<std::string, Originals> originals_;  // by table
 };
 
 }  // namespace orvalis::reports

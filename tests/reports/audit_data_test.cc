@@ -10,6 +10,7 @@
 #include "data/dictionary.h"
 #include "data/hr_environment.h"
 #include "reports/audit_data/audit_data.h"
+#include "reports/audit_data/text_map.h"
 #include "runtime/basic_string.h"
 #include "schema/schema.h"
 #include "support/databases.h"
@@ -120,6 +121,64 @@ TEST_F(AuditDataReport, RowsAreEnrichedAndActionsMapped) {
   EXPECT_EQ(trim(rs_.get("FIELD_ID").text()), "JOB_ID");
   ASSERT_TRUE(rs_.get("AUDIT_TIME").isDate());
   EXPECT_EQ(rs_.get("AUDIT_TIME").asDate().secondsOfDay(), 10 * 3600 + 11 * 60 + 12);
+  EXPECT_TRUE(errors_->errors().empty());
+}
+
+// Keys that differ by a byte, by length or only in their end stay apart
+// through every growth of the table.
+TEST(AuditTextMap, EveryKeyFindsItsOwnValueThroughGrowth) {
+  reports::TextMap<long> map;
+  const auto keyOf = [](long i) { return i % 3 == 0 ? std::to_string(i) : std::to_string(i) + std::string(i % 7, ' '); };
+  for (long i = 0; i < 5000; ++i) {
+    ASSERT_EQ(map.find(keyOf(i)), nullptr) << i;
+    map.add(keyOf(i), i);
+  }
+  map.add("", -1);
+  for (long i = 0; i < 5000; ++i) {
+    const long* v = map.find(keyOf(i));
+    ASSERT_NE(v, nullptr) << i;
+    EXPECT_EQ(*v, i);
+  }
+  EXPECT_EQ(*map.find(""), -1);
+  for (const char* absent : {"5000", "12 ", "1x", "0 "}) EXPECT_EQ(map.find(absent), nullptr) << absent;
+}
+
+// Rows of different employees and records, in any order, each get their
+// own employee's fields and their own record's description.
+TEST_F(AuditDataReport, EachRowGetsItsOwnEmployeeAndRecord) {
+  exec("insert into PNLEMPMST (VARIATION_ID, EMP_ID, DEPT_ID, SURNAME, CAT_ID) values "
+       "('ORV01', '100002', 'XX', 'Bartholomew-Smythe', 'STD')");
+  exec("insert into PNLEMPHST (VARIATION_ID, EMP_ID, SEQ_ID, DESCRIPTION, START_DATE) values "
+       "('ORV01', '100002', 3, 'Clerk', NULL), ('ORV01', '100002', 4, NULL, '2023-01-02'), "
+       "('ORV01', 'Abc9', 1, 'Temp', '2020-05-15'), ('ORV02', '100001', 9, 'Other company', '2020-01-01')");
+  addAudit(1, "2024-03-01", "PNLEMPHST", "JOB_ID", "100002", "AM", "JS", "'3'");
+  addAudit(2, "2024-03-01", "PNLEMPHST", "JOB_ID", "100001", "AM", "JS", "'3'");
+  addAudit(3, "2024-03-01", "PNLEMPHST", "JOB_ID", "aBC9", "AM", "JS", "'1'");
+  addAudit(4, "2024-03-01", "PNLEMPHST", "JOB_ID", "100002", "AM", "JS", "' 4 '");
+  addAudit(5, "2024-03-01", "PNLEMPMST", "SURNAME", "100001", "AM", "JS", "'5'");
+  addAudit(6, "2024-03-01", "PNLEMPHST", "JOB_ID", "100001", "AM", "JS", "'9'");
+  ASSERT_TRUE(extract({"PNLEMPMST,PNLEMPHST", "01/03/2024", "01/03/2024"}));
+  rs_.setSort("EMP_ID, ORIG_SEQ_ID");
+  EXPECT_EQ(column("EMP_ID"), (std::vector<std::string>{"100001", "100001", "100001", "100002", "100002", "aBC9"}));
+  EXPECT_EQ(column("ORIG_SEQ_ID"), (std::vector<std::string>{"3", "5", "9", "3", "4", "1"}));
+  EXPECT_EQ(column("ORIG_DESCRIPTION"), (std::vector<std::string>{"01/09/2021 - Payroll Clerk", "", "", "Clerk",
+                                                                  "02/01/2023", "15/05/2020 - Temp"}));
+  EXPECT_EQ(column("EMP_SURNAME"), (std::vector<std::string>{"Ames", "Ames", "Ames", "Bartholomew-Smythe",
+                                                             "Bartholomew-Smythe", ""}));
+  EXPECT_EQ(column("EMP_DEPT_ID"), (std::vector<std::string>{"FIN", "FIN", "FIN", "XX", "XX", ""}));
+  EXPECT_EQ(column("EMP_TITLE_ID"), (std::vector<std::string>{"MRS", "MRS", "MRS", "", "", ""}));
+  EXPECT_EQ(column("EMP_KNOWNAS"), (std::vector<std::string>{"Ada A", "Ada A", "Ada A", "", "", ""}));
+  EXPECT_EQ(column("EMP_DEPT_DESC"), (std::vector<std::string>{"Finance", "Finance", "Finance", "", "", ""}));
+  EXPECT_EQ(column("EMP_CAT_DESC"), (std::vector<std::string>{"Standard week", "Standard week", "Standard week",
+                                                              "Standard week", "Standard week", ""}));
+  EXPECT_EQ(column("EMP_TEMPLATE_DESC"), (std::vector<std::string>{"Monthly", "Monthly", "Monthly", "", "", ""}));
+  rs_.moveFirst();
+  EXPECT_TRUE(rs_.get("EMP_DATE_BIRTH").isDate());
+  rs_.moveLast();
+  rs_.movePrevious();
+  EXPECT_TRUE(rs_.get("EMP_DATE_BIRTH").isNull());  // 100002 has none
+  EXPECT_EQ(rs_.get("EMP_DEPT_DESC").text(), "");   // an unknown code: empty, not Null
+  EXPECT_FALSE(rs_.get("EMP_DEPT_DESC").isNull());
   EXPECT_TRUE(errors_->errors().empty());
 }
 
