@@ -136,17 +136,6 @@ void AuditData::dumpVariables(Dump& dump) const { dump.item("STRSQL = ", sql_); 
 
 namespace {
 
-// What the audit report writes for one employee: the EMP_ fields, made
-// once per employee named by the audit rows. Texts are held one after
-// another (a row copies them from one place); the fields of other types
-// stay in a recordset of their own, so that they are converted once and
-// copied as stored.
-struct EmployeeCells {
-  std::string texts;
-  std::vector<uint32_t> ends;  // where each text field's text ends in texts
-  long others = -1;            // the row of the other fields
-};
-
 // The report's text of an action code, without a copy.
 std::string_view actionView(std::string_view code) {
   if (code == "IN") return "Insert";
@@ -178,32 +167,27 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
       auto fittedText = [&](size_t column, const std::string& value) {
         return std::string(fitted(value, fields[column].size));
       };
-      // The EMP_ fields (from column kFirstEmployeeField on), once per
-      // employee: a million audit rows name a few thousand employees.
-      constexpr size_t kFirstEmployeeField = 15;
-      std::vector<int> textFields, otherFields;  // result columns
-      Recordset otherCells;
+      // The EMP_ fields (from column kFirstEmployeeField on), made once per
+      // employee in a recordset of those fields (a million audit rows name
+      // a few thousand employees); a row copies them from there as stored,
+      // its texts shared with that recordset rather than copied.
+      constexpr int kFirstEmployeeField = 15;
+      const int employeeFieldCount = static_cast<int>(fields.size()) - kFirstEmployeeField;
+      Recordset employeeCells;
       for (size_t i = kFirstEmployeeField; i < fields.size(); ++i) {
-        if (ado::isTextType(fields[i].type)) {
-          textFields.push_back(static_cast<int>(i));
-        } else {
-          otherFields.push_back(static_cast<int>(i));
-          otherCells.appendField(fields[i].name, fields[i].type, fields[i].size);
-        }
+        employeeCells.appendField(fields[i].name, fields[i].type, fields[i].size);
       }
-      otherCells.open();
-      std::vector<EmployeeCells> employeeCells;
+      employeeCells.open();
       auto employeeEntry = [&](long e) {
-        EmployeeCells cells;
-        auto empText = [&](int c) { return trim(emp.textAt(e, c)); };
+        employeeCells.addNew();
+        const long row = employeeCells.currentRow();
+        int column = 0;
         auto add = [&](const std::string& text) {
-          cells.texts += fitted(text, fields[static_cast<size_t>(textFields[cells.ends.size()])].size);
-          cells.ends.push_back(static_cast<uint32_t>(cells.texts.size()));
+          const int at = column++;
+          employeeCells.setTextAt(row, at, fitted(text, fields[static_cast<size_t>(kFirstEmployeeField + at)].size));
         };
-        otherCells.addNew();
-        cells.others = otherCells.currentRow();
-        int other = 0;
-        auto addValue = [&](int c) { otherCells.setAt(cells.others, other++, emp.at(e, c)); };
+        auto empText = [&](int c) { return trim(emp.textAt(e, c)); };
+        auto addValue = [&](int c) { employeeCells.setAt(row, column++, emp.at(e, c)); };
         add(empText(1));
         add(lookups_.department(empText(1)));
         add(empText(2));
@@ -221,8 +205,7 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
         add(lookups_.category(empText(12)));
         add(empText(13));
         add(lookups_.payTemplate(empText(13)));
-        employeeCells.push_back(std::move(cells));
-        return static_cast<long>(employeeCells.size() - 1);
+        return row;
       };
       // Entity, its caption, field and its caption (columns 1, 2, 4 and
       // 5), and the table's record descriptions, once per table and column
@@ -325,15 +308,7 @@ bool AuditData::baseLoop(const std::string& method, Recordset& rsData, Recordset
           known = &employeeRows.add(key, entry);
         }
         if (*known < 0) continue;  // no employee: the EMP_ fields stay empty
-        const EmployeeCells& cells = employeeCells[static_cast<size_t>(*known)];
-        uint32_t from = 0;
-        for (size_t i = 0; i < textFields.size(); ++i) {
-          rsData.setTextAt(r, textFields[i], std::string_view(cells.texts).substr(from, cells.ends[i] - from));
-          from = cells.ends[i];
-        }
-        for (size_t i = 0; i < otherFields.size(); ++i) {
-          rsData.copyAt(r, otherFields[i], otherCells, cells.others, static_cast<int>(i));
-        }
+        rsData.copyCells(r, kFirstEmployeeField, employeeCells, *known, 0, employeeFieldCount);
       }
       rsData.moveFirst();
       result = true;
