@@ -45,6 +45,7 @@
 #include <vector>
 
 #include "component/report_class.h"
+#include "reports/shared/text_hash.h"
 #include "runtime/date_time.h"
 
 namespace orvalis::reports {
@@ -88,12 +89,6 @@ class CheckLists final : public ReportClass {
   DateTime asAt_;
   std::string sql_, empId_;
   std::unordered_map<std::string, List> lists_;
-  // Looked up by a text view without a copy. Not noexcept, so that the
-  // maps keep each key's hash instead of hashing again while they search.
-  struct TextHash {
-    using is_transparent = void;
-    size_t operator()(std::string_view s) const { return std::hash<std::string_view>()(s); }
-  };
   // A check-list's items by their trimmed SEQ_ID text; those written as a
   // small plain number ("7", not "07") also by that number, found without
   // hashing.

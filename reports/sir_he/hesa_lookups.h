@@ -28,18 +28,13 @@
 #include <unordered_map>
 #include <vector>
 
+#include "reports/shared/text_hash.h"
 #include "reports/sir_he/code_set.h"
 
 namespace orvalis::reports::hesa {
 
-// Hashing that lets a code table be probed with a string_view.
-struct CodeHash {
-  using is_transparent = void;
-  size_t operator()(std::string_view s) const { return std::hash<std::string_view>()(s); }
-};
-
 // Code -> description of one code table (codes upper-cased and trimmed).
-using CodeDescriptions = std::unordered_map<std::string, std::string, CodeHash, std::equal_to<>>;
+using CodeDescriptions = std::unordered_map<std::string, std::string, TextHash, std::equal_to<>>;
 
 class HesaLookups {
  public:
