@@ -3,6 +3,7 @@
 #include "component/errors/debug_log.h"
 #include "data/data_functions.h"
 #include "query/access_user.h"
+#include "query/query_details.h"
 #include "query/sql_builder.h"
 #include "runtime/basic_date.h"
 #include "runtime/basic_string.h"
@@ -12,6 +13,18 @@
 namespace orvalis::reports {
 
 std::string storedQuerySql(const std::string& queryId) {
+  // The builder answers an unknown id, or a query without a driving table,
+  // with broken SQL ("SELECT * from where ..."), which fails on the engine
+  // with a message that names neither: refused here, naming the query.
+  if (!trim(queryId).empty()) {
+    QueryDetails details;
+    gsubQueryDetails(queryId, details);
+    if (!details.found) throw Error(err::kItemNotFound, "HRSQLControl", "no stored query " + trim(queryId));
+    if (details.entityId.empty() && details.queryType != "F" && details.queryType != "U") {
+      throw Error(err::kItemNotFound, "HRSQLControl",
+                  "stored query " + trim(queryId) + " has no driving table (ADMGRIDH.ENTITY_ID is empty)");
+    }
+  }
   return gfncBuildSQL(currentUser(), queryId, "", "", "");
 }
 

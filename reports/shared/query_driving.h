@@ -49,7 +49,8 @@ inline constexpr long kErrAlreadyInCollection = 3367;
 // The statement of stored query `queryId` (ADMGRIDH.CODE_ID) for the
 // session's user, with the user's access restrictions as the query asks:
 // gfncBuildSQL(current user, queryId, "", "", ""). "" for an empty id or a
-// query without SQL (type "F").
+// query without SQL (type "F"). An id that names no stored query, or a
+// query without a driving table, raises an error that names it.
 std::string storedQuerySql(const std::string& queryId);
 
 // Opens the statement into rsQuery through the recordset opener; true when

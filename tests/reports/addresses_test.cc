@@ -160,6 +160,17 @@ TEST_P(AddressesTest, QueriesTheReportCannotUseFailInTheErrorBlock) {
     EXPECT_NE(e.description().find("STRADDID = MAILS"), std::string::npos) << e.description();
     EXPECT_NE(e.description().find("E_MAIL"), std::string::npos);
   }
+
+  // An id that names no stored query: said so, not the engine's complaint
+  // about the broken statement the builder makes of it.
+  try {
+    db_->extract("NOPE");
+    ADD_FAILURE() << "no error";
+  } catch (const Error& e) {
+    EXPECT_EQ(e.number(), err::kItemNotFound);
+    EXPECT_NE(e.description().find("no stored query NOPE"), std::string::npos) << e.description();
+    EXPECT_NE(e.description().find("STRADDID = NOPE"), std::string::npos) << e.description();
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, AddressesTest, ::testing::Values(test::Engine::SQLite, test::Engine::PostgreSQL),
