@@ -141,7 +141,7 @@ void setup(CLI::App& app, CliContext& context) {
   });
 }
 
-const RegisterCommands registered(setup);
+const RegisterCommands registered({"sql", "query", "variables"}, setup);
 
 }  // namespace
 }  // namespace orvalis::cli
