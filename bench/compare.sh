@@ -23,15 +23,18 @@
 # runs on both sides back to back, the side going first alternating from
 # run to run. Both sides write their rows to /dev/null (the tool as CSV).
 #
-# Figures are medians in milliseconds. CPU is user + system time of the
-# process (bash's `time`); on PostgreSQL the server backend's CPU of the
+# Figures are medians in milliseconds, to a tenth. CPU is user + system
+# time of the process (its rusage, in microseconds, taken by
+# bench/run_timed.c, which the script compiles with `cc` into the work
+# folder); on PostgreSQL the server backend's CPU of the
 # session is added on both sides, read as the postmaster's reaped-children
 # time (/proc/PID/stat, fields cutime and cstime) around the run, so it
 # needs the server on this machine and readable data directory; without
 # that only the client processes are counted and the table says so. Wall
 # time is shown second: on a shared machine it mostly measures the load.
 #
-# Needs bash, the built tool, and sqlite3 or psql (plus ps and getconf).
+# Needs bash, a C compiler, the built tool, and sqlite3 or psql (plus ps
+# and getconf).
 # The script asserts nothing: it prints a table (Markdown) on stdout and
 # its progress on stderr.
 set -euo pipefail
@@ -82,6 +85,12 @@ fi
 
 mkdir -p "$work/tool"
 work="$(cd "$work" && pwd)"
+
+# ---- the timer: bash's `time` has whole milliseconds only
+timer="$work/run_timed"
+if [[ ! -x "$timer" || "$root/bench/run_timed.c" -nt "$timer" ]]; then
+  "${CC:-cc}" -O2 -o "$timer" "$root/bench/run_timed.c" || die "cannot compile bench/run_timed.c"
+fi
 
 # ---- the database
 if [[ -z "$db" ]]; then db="sqlite:$work/demo-$employees.db"; fi
@@ -214,25 +223,22 @@ done
 
 # ---- timed runs
 : >"$work/errors.txt"
-TIMEFORMAT='%3U %3S %3R'
 declare -A ourCpu ourWall clientCpu clientWall
 
-# Runs a command to /dev/null; prints "cpu_ms wall_ms".
+# Runs a command to /dev/null; prints "cpu_us wall_us".
 timed() {
-  local before="" reaped=0 t
+  local before="" reaped=0
   if [[ -n "$postmaster" ]]; then
     before="$(ps -o pid= --ppid "$postmaster" | tr '\n' ' ')"
     reaped="$(reaped_ticks)"
   fi
-  t="$({ time "$@" >/dev/null 2>>"$work/errors.txt"; } 2>&1)" || true
-  local -a f
-  read -r -a f <<<"$t"
-  local cpu wall
-  cpu=$(((10#${f[0]/./} + 10#${f[1]/./})))
-  wall=$((10#${f[2]/./}))
+  "$timer" "$work/times.txt" "$@" >/dev/null 2>>"$work/errors.txt" || true
+  local user sys wall
+  read -r user sys wall <"$work/times.txt"
+  local cpu=$((user + sys))
   if [[ -n "$postmaster" ]]; then
     wait_reaped "$before"
-    cpu=$((cpu + ($(reaped_ticks) - reaped) * 1000 / ticks))
+    cpu=$((cpu + ($(reaped_ticks) - reaped) * 1000000 / ticks))
   fi
   echo "$cpu $wall"
 }
@@ -290,6 +296,10 @@ median() {
   local k=${#v[@]}
   if ((k % 2)); then echo "${v[k / 2]}"; else echo $(((v[k / 2 - 1] + v[k / 2]) / 2)); fi
 }
+ms() { # microseconds -> milliseconds with one decimal
+  local t=$((($1 + 50) / 100))
+  echo "$((t / 10)).$((t % 10))"
+}
 ratio() { # a b -> a/b with two decimals
   if (($2 == 0)); then echo "-"; else printf '%d.%02d' $(($1 * 100 / $2 / 100)) $(($1 * 100 / $2 % 100)); fi
 }
@@ -308,10 +318,10 @@ for label in "${labels[@]}"; do
   cc=$(median "${clientCpu[$label]}")
   ow=$(median "${ourWall[$label]}")
   cw=$(median "${clientWall[$label]}")
-  echo "| $label | ${rows[$label]} | ${stmts[$label]} | $oc | $cc | $(ratio "$oc" "$cc") | $ow | $cw | $(ratio "$ow" "$cw") |"
+  echo "| $label | ${rows[$label]} | ${stmts[$label]} | $(ms "$oc") | $(ms "$cc") | $(ratio "$oc" "$cc") | $(ms "$ow") | $(ms "$cw") | $(ratio "$ow" "$cw") |"
 done
 echo
-echo "Process start alone (CPU ms, median): orvalis $(median "$startOurs"), $client $(median "$startClient")."
+echo "Process start alone (CPU ms, median): orvalis $(ms "$(median "$startOurs")"), $client $(ms "$(median "$startClient")")."
 if [[ -s "$work/errors.txt" ]]; then
   echo "compare: some runs wrote errors, see $work/errors.txt" >&2
 fi

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 
@@ -19,9 +20,26 @@
 namespace orvalis::cli {
 
 namespace {
-std::vector<CommandSetup>& commands() {
-  static std::vector<CommandSetup> list;
+struct Registered {
+  std::vector<std::string> names;  // empty: set up in every run
+  CommandSetup setup;
+};
+
+std::vector<Registered>& commands() {
+  static std::vector<Registered> list;
   return list;
+}
+
+// The first word after the common options ("" when there is none, or when
+// help is asked for before it).
+std::string commandWord(int argc, const char* const* argv) {
+  for (int i = 1; i < argc;) {
+    const std::string_view arg = argv[i];
+    if (arg.empty() || arg == "--" || arg == "-h" || startsWith(arg, "--help")) return "";
+    if (arg[0] != '-') return std::string(arg);
+    i += arg.find('=') == std::string_view::npos ? 2 : 1;  // --option VALUE or --option=VALUE
+  }
+  return "";
 }
 
 // NAME=VALUE with a name; nothing for anything else.
@@ -64,9 +82,24 @@ std::optional<int> positiveOption(const std::string& option, const std::string& 
 
 }  // namespace
 
-RegisterCommands::RegisterCommands(CommandSetup setup) { commands().push_back(std::move(setup)); }
+RegisterCommands::RegisterCommands(CommandSetup setup) { commands().push_back({{}, std::move(setup)}); }
 
-const std::vector<CommandSetup>& registeredCommands() { return commands(); }
+RegisterCommands::RegisterCommands(std::vector<std::string> names, CommandSetup setup) {
+  commands().push_back({std::move(names), std::move(setup)});
+}
+
+std::vector<CommandSetup> commandSetupsFor(int argc, const char* const* argv) {
+  const std::string word = commandWord(argc, argv);
+  const auto names = [&word](const Registered& r) {
+    return std::find(r.names.begin(), r.names.end(), word) != r.names.end();
+  };
+  const bool known = !word.empty() && std::any_of(commands().begin(), commands().end(), names);
+  std::vector<CommandSetup> setups;
+  for (const Registered& r : commands()) {
+    if (!known || r.names.empty() || names(r)) setups.push_back(r.setup);
+  }
+  return setups;
+}
 
 void CliContext::checkOptions() const {
   if (!options.provider.empty()) {

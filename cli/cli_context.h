@@ -76,11 +76,18 @@ class CliContext {
 
 using CommandSetup = std::function<void(CLI::App& app, CliContext& context)>;
 
-// Registers a command group; construct one as a static object in a cli file.
+// Registers a command group; construct one as a static object in a cli file,
+// naming the top-level commands its setup adds (a group without names is
+// set up in every run).
 struct RegisterCommands {
   explicit RegisterCommands(CommandSetup setup);
+  RegisterCommands(std::vector<std::string> names, CommandSetup setup);
 };
 
-const std::vector<CommandSetup>& registeredCommands();
+// The setups a run needs: those of the command its arguments name (the
+// first word after the common options, each of which takes one value), or
+// every one when the word names no registered command, for help, and when
+// no command is given, so that the parser's help and errors list them all.
+std::vector<CommandSetup> commandSetupsFor(int argc, const char* const* argv);
 
 }  // namespace orvalis::cli

@@ -53,7 +53,7 @@ void setup(CLI::App& app, CliContext& context) {
   });
 }
 
-const RegisterCommands registered(setup);
+const RegisterCommands registered({"classes", "resolve"}, setup);
 
 }  // namespace
 }  // namespace orvalis::cli

@@ -95,7 +95,7 @@ void setup(CLI::App& app, CliContext& context) {
   });
 }
 
-const RegisterCommands registered(setup);
+const RegisterCommands registered({"demo-db"}, setup);
 
 }  // namespace
 }  // namespace orvalis::cli

@@ -261,7 +261,7 @@ void setup(CLI::App& app, CliContext& context) {
   count->callback([&context, c] { guarded(context, [&] { runCount(context, *c); }); });
 }
 
-const RegisterCommands registered(setup);
+const RegisterCommands registered({"diary"}, setup);
 
 }  // namespace
 }  // namespace orvalis::cli

@@ -90,7 +90,7 @@ void setup(CLI::App& app, CliContext& context) {
   cmd->callback([&context, args] { run(context, *args); });
 }
 
-const RegisterCommands registered(setup);
+const RegisterCommands registered({"extract"}, setup);
 
 }  // namespace
 }  // namespace orvalis::cli

@@ -113,7 +113,7 @@ void setup(CLI::App& app, CliContext& context) {
   });
 }
 
-const RegisterCommands registered(setup);
+const RegisterCommands registered({"master-layout"}, setup);
 
 }  // namespace
 }  // namespace orvalis::cli

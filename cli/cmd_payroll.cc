@@ -104,7 +104,7 @@ void setup(CLI::App& app, CliContext& context) {
   exportCmd->callback([&context, thrensby] { runThrensby(context, *thrensby); });
 }
 
-const RegisterCommands registered(setup);
+const RegisterCommands registered({"wte", "thrensby"}, setup);
 
 }  // namespace
 }  // namespace orvalis::cli

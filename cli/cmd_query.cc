@@ -62,6 +62,7 @@ void checkStoredQuery(const std::string& queryId) {
 
 std::string buildStatement(CliContext& context, const QueryArgs& args) {
   StandaloneEnvironment& env = context.environment();
+  QueryHeaderScope headers;  // the check and the build read the header once
   checkStoredQuery(args.queryId);
   const std::string settings = replace(args.formSettings, "\\n", "\n");
   std::string sql = gfncBuildSQL(env.UserCode(), args.queryId, args.portalForm, args.applyAccess, settings);
@@ -140,7 +141,7 @@ void setup(CLI::App& app, CliContext& context) {
   });
 }
 
-const RegisterCommands registered(setup);
+const RegisterCommands registered({"sql", "query", "variables"}, setup);
 
 }  // namespace
 }  // namespace orvalis::cli

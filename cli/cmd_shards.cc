@@ -31,7 +31,7 @@ void setup(CLI::App& app, CliContext& context) {
   });
 }
 
-const RegisterCommands registered(setup);
+const RegisterCommands registered({"move-company"}, setup);
 
 }  // namespace
 }  // namespace orvalis::cli

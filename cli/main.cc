@@ -192,7 +192,8 @@ int main(int argc, char** argv) {
   // Before any command runs, so that a bad common option fails every one.
   app.parse_complete_callback([&context] { context.checkOptions(); });
 
-  for (const auto& setup : cli::registeredCommands()) setup(app, context);
+  // Only the command being run is built (all of them for help).
+  for (const auto& setup : cli::commandSetupsFor(argc, argv)) setup(app, context);
 
   auto errors = installRecordingErrorComponent();
   // Rows read past a failure of the database are not shown.

@@ -1,9 +1,11 @@
 #include "data/dictionary.h"
 
+#include <optional>
 #include <unordered_map>
 
 #include "data/data_functions.h"
 #include "data/hr_environment.h"
+#include "data/sql_text.h"
 #include "runtime/basic_string.h"
 
 namespace orvalis {
@@ -23,11 +25,19 @@ struct EntityFacts {
   bool numericSeqId = false;
 };
 
+// What the dictionary says of one table, read on the first question about
+// it: its columns (ADMDDFLD) and its own row (ADMDDENT), each when first
+// asked for.
+struct TableFacts {
+  bool fieldsRead = false;
+  bool entityRead = false;
+  std::unordered_map<std::string, FieldFacts> fields;  // "COLUMN"
+  std::optional<EntityFacts> entity;
+};
+
 struct Cache {
-  bool loaded = false;
   unsigned long generation = 0;
-  std::unordered_map<std::string, FieldFacts> fields;     // "TABLE.COLUMN"
-  std::unordered_map<std::string, EntityFacts> entities;  // "TABLE"
+  std::unordered_map<std::string, TableFacts> tables;  // "TABLE"
 };
 
 Cache& cache() {
@@ -41,49 +51,66 @@ Cache& cache() {
 // "T" or "1" never mark a dictionary column), so it stays here.
 bool markedY(const std::string& flag) { return ucase(left(trim(flag), 1)) == "Y"; }
 
-const Cache& loaded() {
+// The cached facts of `table` (upper case, trimmed); nullptr without an
+// environment.
+TableFacts* tableFacts(const std::string& table) {
   Cache& c = cache();
-  if (c.loaded && c.generation == HREnvironment::generation()) return c;
-  c = Cache();
-  c.generation = HREnvironment::generation();
-  c.loaded = true;
-  if (HREnvironment::get() == nullptr) return c;
-
-  Recordset fields =
-      openRecordset("select ENTITY_ID, FIELD_ID, CAPTION, DATA_TYPE, FK_TABLE, SMALL_VALUE from ADMDDFLD");
-  if (fields.isOpen()) {
-    for (long row = 0; row < fields.rowCount(); ++row) {
-      FieldFacts f;
-      f.caption = trim(fields.at(row, 2).text());
-      f.dataType = upperTrim(fields.at(row, 3).text());
-      f.fkTable = upperTrim(fields.at(row, 4).text());
-      f.smallValue = markedY(fields.at(row, 5).text());
-      c.fields[upperTrim(fields.at(row, 0).text()) + "." + upperTrim(fields.at(row, 1).text())] = std::move(f);
-    }
+  if (c.generation != HREnvironment::generation()) {
+    c = Cache();
+    c.generation = HREnvironment::generation();
   }
-  Recordset entities = openRecordset("select ENTITY_ID, CAPTION, NUMERIC_SEQ_ID, KEY_STRUCTURE from ADMDDENT");
-  if (entities.isOpen()) {
-    for (long row = 0; row < entities.rowCount(); ++row) {
-      EntityFacts e;
-      e.caption = trim(entities.at(row, 1).text());
-      e.numericSeqId = markedY(entities.at(row, 2).text());
-      e.keyStructure = trim(entities.at(row, 3).text());
-      c.entities[upperTrim(entities.at(row, 0).text())] = std::move(e);
-    }
-  }
-  return c;
+  if (HREnvironment::get() == nullptr) return nullptr;
+  return &c.tables[table];
 }
 
+void readFields(const std::string& table, TableFacts& t) {
+  t.fieldsRead = true;
+  if (table.empty()) return;
+  Recordset rows = openRecordset("select FIELD_ID, CAPTION, DATA_TYPE, FK_TABLE, SMALL_VALUE from ADMDDFLD where ENTITY_ID = '" +
+                                 sqlQuote(table) + "'");
+  if (!rows.isOpen()) return;
+  for (long row = 0; row < rows.rowCount(); ++row) {
+    FieldFacts f;
+    f.caption = trim(rows.at(row, 1).text());
+    f.dataType = upperTrim(rows.at(row, 2).text());
+    f.fkTable = upperTrim(rows.at(row, 3).text());
+    f.smallValue = markedY(rows.at(row, 4).text());
+    t.fields[upperTrim(rows.at(row, 0).text())] = std::move(f);
+  }
+}
+
+void readEntity(const std::string& table, TableFacts& t) {
+  t.entityRead = true;
+  if (table.empty()) return;
+  Recordset rows = openRecordset("select CAPTION, NUMERIC_SEQ_ID, KEY_STRUCTURE from ADMDDENT where ENTITY_ID = '" +
+                                 sqlQuote(table) + "'");
+  if (!rows.isOpen() || rows.rowCount() == 0) return;
+  EntityFacts e;
+  e.caption = trim(rows.at(0, 0).text());
+  e.numericSeqId = markedY(rows.at(0, 1).text());
+  e.keyStructure = trim(rows.at(0, 2).text());
+  t.entity = std::move(e);
+}
+
+// "TABLE.COLUMN": the table is what comes before the first ".".
 const FieldFacts* findField(const std::string& field) {
-  const Cache& c = loaded();
-  auto it = c.fields.find(upperTrim(field));
-  return it == c.fields.end() ? nullptr : &it->second;
+  const std::string name = upperTrim(field);
+  const size_t dot = name.find('.');
+  if (dot == std::string::npos) return nullptr;
+  const std::string table = name.substr(0, dot);
+  TableFacts* t = tableFacts(table);
+  if (t == nullptr) return nullptr;
+  if (!t->fieldsRead) readFields(table, *t);
+  auto it = t->fields.find(name.substr(dot + 1));
+  return it == t->fields.end() ? nullptr : &it->second;
 }
 
 const EntityFacts* findEntity(const std::string& table) {
-  const Cache& c = loaded();
-  auto it = c.entities.find(upperTrim(table));
-  return it == c.entities.end() ? nullptr : &it->second;
+  const std::string name = upperTrim(table);
+  TableFacts* t = tableFacts(name);
+  if (t == nullptr) return nullptr;
+  if (!t->entityRead) readEntity(name, *t);
+  return t->entity ? &*t->entity : nullptr;
 }
 
 }  // namespace

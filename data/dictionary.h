@@ -2,13 +2,18 @@
 // of the HR database's tables and columns.
 //
 // The answers come from the dictionary tables ADMDDENT (one row per table)
-// and ADMDDFLD (one row per column) of the HR database, read once through
-// the recordset opener and then served from hash maps. The cache belongs to
-// the current environment (HREnvironment): storing another environment
-// starts it afresh, and clearDictionaryCache() forces a reload (after the
-// dictionary was rewritten). Fields are named "TABLE.COLUMN"; names are
-// trimmed and compared without regard to case. Unknown names are not
-// errors: each function says what it answers for them.
+// and ADMDDFLD (one row per column) of the HR database, read through the
+// recordset opener a table at a time: a table's columns on the first
+// question about one of them, its own row on the first question about the
+// table, each then served from a hash map. A run that builds one statement
+// so reads the few tables it names, not the whole dictionary. The cache
+// belongs to the current environment (HREnvironment): storing another
+// environment starts it afresh, and clearDictionaryCache() forces a reload
+// (after the dictionary was rewritten). Fields are named "TABLE.COLUMN";
+// names are trimmed and compared without regard to case, the table's name
+// as the dictionary stores it (in capitals, as createSchema writes it).
+// Unknown names are not errors: each function says what it answers for
+// them.
 //
 // Single-threaded, like the host (the cache is per thread).
 #pragma once

@@ -20,6 +20,11 @@ std::string fieldText(const Recordset& rs, const char* name) {
 
 bool isIdentifierChar(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '$'; }
 
+std::map<std::string, QueryDetails>*& activeHeaders() {
+  thread_local std::map<std::string, QueryDetails>* headers = nullptr;
+  return headers;
+}
+
 bool readsAsTrue(const std::string& s) {
   std::string u = upperTrim(s);
   return u == "Y" || u == "YES" || u == "T" || u == "TRUE" || u == "1" || u == "-1";
@@ -61,7 +66,24 @@ std::string noteText(const std::string& noteId) {
   return rs.get("NOTE_TEXT").text();
 }
 
+QueryHeaderScope::QueryHeaderScope() : outermost_(activeHeaders() == nullptr) {
+  if (outermost_) activeHeaders() = &headers_;
+}
+
+QueryHeaderScope::~QueryHeaderScope() {
+  if (outermost_) activeHeaders() = nullptr;
+}
+
 void gsubQueryDetails(const std::string& strQueryID, QueryDetails& udtDetails) {
+  std::map<std::string, QueryDetails>* headers = activeHeaders();
+  const std::string id = trim(strQueryID);
+  if (headers != nullptr) {
+    auto it = headers->find(id);
+    if (it != headers->end()) {
+      udtDetails = it->second;
+      return;
+    }
+  }
   auto proc = query::procedure(query::kGridModule, "gsubQueryDetails");
   proc.variables([&] { return Dump().item("STRQUERYID:", strQueryID).text(); });
   proc.run([&](Steps& step) {
@@ -82,11 +104,13 @@ void gsubQueryDetails(const std::string& strQueryID, QueryDetails& udtDetails) {
     step(20, [&] {
       if (d.queryType == "U") {
         if (d.applyAccessFilter.empty()) d.applyAccessFilter = "N";
-        if (d.entityId.empty()) d.entityId = gfncQueryEntity(strQueryID);
+        // The table its note's SQL reads (gfncQueryEntity, from the row at hand).
+        if (d.entityId.empty()) d.entityId = tableOfSql(noteText(d.noteId));
       }
       const std::string& f = d.applyAccessFilter;
       d.applyAccessFilter = (f == "N" || f == "0" || f == "F") ? "N" : "Y";
     });
+    if (headers != nullptr) (*headers)[id] = d;
     udtDetails = std::move(d);
   });
 }

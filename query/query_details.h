@@ -12,6 +12,7 @@
 // They read through the current environment; single-threaded.
 #pragma once
 
+#include <map>
 #include <string>
 
 namespace orvalis {
@@ -34,6 +35,23 @@ struct QueryDetails {
 // "N", "0" or "F" and "Y" otherwise. A query that is not found leaves empty
 // details (with APPLY_ACCESS_FILTER "Y").
 void gsubQueryDetails(const std::string& strQueryID, QueryDetails& udtDetails);
+
+// While one is alive (on this thread), gsubQueryDetails reads each query's
+// header once and answers again from memory: a command that checks a query
+// and then builds its statement reads ADMGRIDH once. Scopes nest; an inner
+// one keeps to the outer one's headers. Open one only around work that
+// does not change the headers it reads.
+class QueryHeaderScope {
+ public:
+  QueryHeaderScope();
+  ~QueryHeaderScope();
+  QueryHeaderScope(const QueryHeaderScope&) = delete;
+  QueryHeaderScope& operator=(const QueryHeaderScope&) = delete;
+
+ private:
+  std::map<std::string, QueryDetails> headers_;
+  bool outermost_;
+};
 
 // The driving table of a query; for a hand-written query without one, the
 // table its note's SQL reads (the word after FROM, else the table

@@ -47,35 +47,22 @@ BuilderState& state() {
   return s;
 }
 
-// Query headers read once per build (gfncBuildSQL, gfncBuildWhere and
-// gfncBuildSelect each need them).
-std::map<std::string, QueryDetails>*& detailsCache() {
-  static std::map<std::string, QueryDetails>* cache = nullptr;
-  return cache;
-}
-
+// Query headers are read once per build (gfncBuildSQL, gfncBuildWhere and
+// gfncBuildSelect each need them), or once per caller's QueryHeaderScope.
 class BuildScope {
  public:
-  BuildScope() : previous_(detailsCache()) { detailsCache() = &details_; }
-  ~BuildScope() { detailsCache() = previous_; }
+  BuildScope() = default;
   BuildScope(const BuildScope&) = delete;
   BuildScope& operator=(const BuildScope&) = delete;
 
  private:
-  std::map<std::string, QueryDetails> details_;
-  std::map<std::string, QueryDetails>* previous_;
+  QueryHeaderScope headers_;
   FieldRightsScope rights_;
 };
 
 QueryDetails queryDetails(const std::string& queryId) {
-  const std::string id = trim(queryId);
-  if (auto* cache = detailsCache()) {
-    auto it = cache->find(id);
-    if (it != cache->end()) return it->second;
-  }
   QueryDetails d;
-  gsubQueryDetails(id, d);
-  if (auto* cache = detailsCache()) (*cache)[id] = d;
+  gsubQueryDetails(queryId, d);
   return d;
 }
 
@@ -637,8 +624,7 @@ std::string gfncBuildSQL(const std::string& argUserID, const std::string& argQue
       // 4. Hand-written SQL: only access restrictions and form variables.
       std::string sql;
       step(41, [&] {
-        Recordset rs = query::lookupRows("select NOTE_ID from ADMGRIDH where CODE_ID = '" + sqlQuote(strQueryID) + "'");
-        if (rs.isOpen() && !rs.eof()) sql = trim(noteText(trim(rs.get(0).text())));
+        sql = trim(noteText(details.noteId));
         strSQL = sql;
       });
       const std::string placeholder = "99=99";

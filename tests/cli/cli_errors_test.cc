@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <sstream>
 
 #include "data/drivers/connection.h"
 #include "support/cli_runner.h"
@@ -66,6 +67,31 @@ TEST_F(CliErrors, BadOptionsFailInOneLineWithExitTwo) {
   // Provider names compare without case; a numeric post is taken.
   EXPECT_EQ(run({"--provider", "msdaora", "sql", "EMPALL"}).status, 0);
   EXPECT_EQ(run({"diary", "days", "--emp", "100001", "--from", "03/03/2025", "--post", " 1 "}).status, 0);
+}
+
+// A run builds only the command it names: every command the help lists
+// must be found when named, after the common options in either form.
+TEST_F(CliErrors, EveryListedCommandIsFoundWhenNamed) {
+  CliResult help = run({"--help"});
+  ASSERT_EQ(help.status, 0) << help.err;
+  const size_t list = help.out.find("Subcommands:");
+  ASSERT_NE(list, std::string::npos) << help.out;
+  std::istringstream lines(help.out.substr(list));
+  std::vector<std::string> commands;
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream words(line);
+    std::string word;
+    if (line.rfind("  ", 0) == 0 && words >> word) commands.push_back(word);
+  }
+  ASSERT_GE(commands.size(), 15u) << help.out;
+  for (const std::string& command : commands) {
+    CliResult named = run({"--company", "ORV01", "--user=ADMIN", command, "--help"});
+    EXPECT_EQ(named.status, 0) << command << ": " << named.err;
+    EXPECT_NE(named.out.find(" " + command + " [OPTIONS]"), std::string::npos) << command << ": " << named.out;
+  }
+  // A word that is an option's value, not a command, leaves every command built.
+  CliResult valued = run({"--set", "A=1", "B=2", "variables"});
+  EXPECT_EQ(valued.status, 0) << valued.err;
 }
 
 TEST_F(CliErrors, UnreachableDatabasesNeverShowThePassword) {

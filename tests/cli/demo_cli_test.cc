@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <set>
 #include <nlohmann/json.hpp>
 
 #include "support/cli_runner.h"
@@ -46,6 +48,32 @@ TEST_F(DemoCli, StoredQueryTextPerDialectAndRun) {
     EXPECT_TRUE(field["type"].is_number_integer() && field["size"].is_number_integer()) << field.dump();
   }
   EXPECT_EQ(json["rows"][0].size(), json["fields"].size());
+}
+
+// A run reads its query's header once (the check and the build share it)
+// and the dictionary a table at a time, each table once. HANDWHERE has no
+// driving table of its own (it comes from the note's SQL); the hand-written
+// ones need no dictionary.
+TEST_F(DemoCli, AQueryRunReadsItsHeaderAndEachDictionaryTableOnce) {
+  for (const std::string id : {"EMPALL", "HANDWHERE", "HANDPLAIN", "ABSQ"}) {
+    const std::string trace = (std::filesystem::path(dir_->str()) / ("trace-" + id + ".txt")).string();
+    CliResult r = run({"--trace-sql", trace, "query", id, "--format", "csv"});
+    ASSERT_EQ(r.status, 0) << id << ": " << r.err;
+    std::ifstream in(trace);
+    std::set<std::string> dictionaryReads;
+    int headerReads = 0;
+    for (std::string line; std::getline(in, line);) {
+      if (line.find(" from ADMGRIDH ") != std::string::npos) ++headerReads;
+      if (line.find(" from ADMDD") != std::string::npos) {
+        EXPECT_NE(line.find(" where ENTITY_ID = '"), std::string::npos) << id << ": " << line;
+        EXPECT_TRUE(dictionaryReads.insert(line).second) << id << " reads again: " << line;
+      }
+    }
+    EXPECT_EQ(headerReads, 1) << id;
+    if (id == "EMPALL" || id == "ABSQ") {
+      EXPECT_FALSE(dictionaryReads.empty()) << id;  // built from their columns
+    }
+  }
 }
 
 TEST_F(DemoCli, DiaryDaysAndBadInput) {

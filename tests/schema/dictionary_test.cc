@@ -8,6 +8,7 @@
 #include "component/errors/recording_error_component.h"
 #include "data/hr_environment.h"
 #include "data/standalone_environment.h"
+#include "runtime/basic_string.h"
 #include "schema/schema.h"
 #include "support/databases.h"
 #include "support/report_rows.h"
@@ -94,6 +95,30 @@ TEST_P(Dictionary, EntityFacts) {
   EXPECT_EQ(entityCaption("NOSUCH"), "NOSUCH");
   EXPECT_EQ(entityKeyStructure("PNLEMPHST"), "VARIATION_ID,EMP_ID,SEQ_ID");
   EXPECT_EQ(currentUserId(), "JSMITH");
+  EXPECT_TRUE(errors_->errors().empty());
+}
+
+// Tables are read as they are asked about: every described column and
+// table must still be found, in any order and case of the question.
+TEST_P(Dictionary, EveryDescribedColumnAndTableIsFound) {
+  Recordset fields = env_->hrConnection().query(
+      "select ENTITY_ID, FIELD_ID, DATA_TYPE, FK_TABLE, SMALL_VALUE from ADMDDFLD order by FIELD_ID, ENTITY_ID");
+  ASSERT_GT(fields.rowCount(), 500);
+  for (long row = 0; row < fields.rowCount(); ++row) {
+    const std::string table = fields.at(row, 0).text();
+    const std::string name = (row % 2 ? lcase(table) : table) + "." + fields.at(row, 1).text();
+    EXPECT_EQ(fieldDataType(name), fields.at(row, 2).text()) << name;
+    EXPECT_EQ(gfncGetFKTable(name), fields.at(row, 3).text()) << name;
+    EXPECT_EQ(gfncUnifaceSmallValue(name), fields.at(row, 4).text() == "Y") << name;
+  }
+  Recordset tables = env_->hrConnection().query("select ENTITY_ID, KEY_STRUCTURE from ADMDDENT order by ENTITY_ID desc");
+  ASSERT_GT(tables.rowCount(), 50);
+  for (long row = 0; row < tables.rowCount(); ++row) {
+    EXPECT_EQ(entityKeyStructure(" " + tables.at(row, 0).text()), tables.at(row, 1).text()) << tables.at(row, 0).text();
+  }
+  EXPECT_EQ(fieldDataType("PNLEMPMST"), "");
+  EXPECT_EQ(fieldDataType(".SURNAME"), "");
+  EXPECT_EQ(fieldDataType("PNLEMPMST.SURNAME.X"), "");
   EXPECT_TRUE(errors_->errors().empty());
 }
 
