@@ -16,6 +16,7 @@ std::string storedQuerySql(const std::string& queryId) {
   // The builder answers an unknown id, or a query without a driving table,
   // with broken SQL ("SELECT * from where ..."), which fails on the engine
   // with a message that names neither: refused here, naming the query.
+  QueryHeaderScope headers;  // the check and the build read the header once
   if (!trim(queryId).empty()) {
     QueryDetails details;
     gsubQueryDetails(queryId, details);
